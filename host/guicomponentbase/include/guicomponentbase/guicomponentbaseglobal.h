@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QtGlobal>
+
+#if defined(GUICOMPONENTBASE_BUILD)
+#define GUICOMPONENTBASE_EXPORT Q_DECL_EXPORT
+#else
+#define GUICOMPONENTBASE_EXPORT Q_DECL_IMPORT
+#endif

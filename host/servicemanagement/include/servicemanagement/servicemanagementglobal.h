@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QtGlobal>
+
+#if defined(SERVICEMANAGEMENT_BUILD)
+#define SERVICEMANAGEMENT_EXPORT Q_DECL_EXPORT
+#else
+#define SERVICEMANAGEMENT_EXPORT Q_DECL_IMPORT
+#endif

@@ -1,0 +1,56 @@
+#!/usr/bin/env bash
+# Installs the Debian packages this project needs, and only those that are missing.
+#
+#   scripts/install-packages.sh build   what building and running the workbench needs
+#   scripts/install-packages.sh test    the same, and what the test suite needs
+#
+# Works as root or with sudo. Says what it installs; prints nothing when everything is there.
+set -euo pipefail
+
+build_packages=(
+  build-essential
+  ca-certificates
+  cmake
+  libgeographiclib-dev
+  ninja-build
+  pkg-config
+  qtbase5-dev
+  qttools5-dev
+  qttools5-dev-tools
+  fonts-dejavu-core
+)
+test_packages=(
+  binutils
+  openbox
+  xdotool
+  xvfb
+)
+
+packages=("${build_packages[@]}")
+case "${1:-build}" in
+  build) ;;
+  test) packages+=("${test_packages[@]}") ;;
+  *)
+    echo "usage: $0 [build|test]" >&2
+    exit 2
+    ;;
+esac
+
+missing=()
+for package in "${packages[@]}"; do
+  status=$(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null || true)
+  [ "$status" = installed ] || missing+=("$package")
+done
+[ "${#missing[@]}" -gt 0 ] || exit 0
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+  if ! command -v sudo >/dev/null; then
+    echo "Missing packages: ${missing[*]}. Install them as root, or install sudo." >&2
+    exit 1
+  fi
+  as_root=(sudo)
+fi
+echo "Installing: ${missing[*]}"
+"${as_root[@]}" apt-get update -q
+"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}"

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QApplication>
+#include <QtTest>
+
+namespace testsupport {
+
+/// Prepares the process before the application object exists: the time zone (CET with summer time, by rule and so without
+/// a zone database), and a watchdog that ends a program that hangs.
+void prepareProcess(int secondsUntilWatchdog);
+
+} // namespace testsupport
+
+/// Main function of a test program for one test class. @p Application is QCoreApplication or QApplication.
+#define DFL_TEST_MAIN_WITH(TestClass, Application)                                                                     \
+    int main(int argc, char** argv)                                                                                    \
+    {                                                                                                                  \
+        testsupport::prepareProcess(150);                                                                              \
+        Application app(argc, argv);                                                                                   \
+        TestClass test;                                                                                                \
+        return QTest::qExec(&test, argc, argv);                                                                        \
+    }
+
+#define DFL_TEST_MAIN(TestClass) DFL_TEST_MAIN_WITH(TestClass, QApplication)
