@@ -14,14 +14,15 @@ class DfSource;
 /// The driver-side partner of the component: creates the values the component shows, obeys its commands and writes the
 /// results of a DfSource.
 ///
-/// Acts on ChangeContent of "Values/Commands": 9 starts a single measurement, 10 and 11 start and stop cyclic measuring;
-/// all other commands are left to others. It never selects another command. All values are written on the GUI thread, in
-/// one fixed order per result; when results come faster than once a frame the latest wins.
+/// Acts on ChangeContent of "Values/Commands": 9 starts a single measurement, 10 and 11 start and stop cyclic
+/// measuring; all other commands are left to others. It never selects another command. All values are written on the
+/// GUI thread, in one fixed order per result; when results come faster than once a frame the latest wins.
 class DfDriver : public QObject
 {
     Q_OBJECT
 public:
-    /// Creates all driver values below @p handlerRoot (ends in "/"), the parameter values below @p parameterRoot (ends in
+    /// Creates all driver values below @p handlerRoot (ends in "/"), the parameter values below @p parameterRoot (ends
+    /// in
     /// "/"), the global values and the status texts. @p source must not be null.
     DfDriver(std::unique_ptr<DfSource> source, const QString& handlerRoot, const QString& parameterRoot,
              QObject* parent = nullptr);

@@ -38,7 +38,8 @@ struct StationInfo
 };
 
 /// Why a station has no bearing, by the numbers that the result values carry.
-enum class DfError : int {
+enum class DfError : int
+{
     None = 0,
     NotInScanRange = -1,
     ScanRangeUndefined = -2,
@@ -79,10 +80,10 @@ struct DfResult
 /// The settings with which a measurement is made.
 struct DfRequest
 {
-    double frequency = 0.0; ///< Hz; 0: unknown
-    double bandwidth = 0.0; ///< Hz
-    double averaging = 0.0; ///< ms
-    QString mode;           ///< raw text of the mode item, such as "Normal"
+    double frequency = 0.0;            ///< Hz; 0: unknown
+    double bandwidth = 0.0;            ///< Hz
+    double averaging = 0.0;            ///< ms
+    QString mode;                      ///< raw text of the mode item, such as "Normal"
     std::optional<int> levelThreshold; ///< dBµV; stations that receive less report no signal
 };
 

@@ -23,8 +23,8 @@ public:
     /// How many more measurements there are; nothing when there is no end.
     [[nodiscard]] virtual std::optional<int> measurementsLeft() const = 0;
 
-    /// Starts a measurement. Answered later, from the event loop, by exactly one measured() or failed(), unless cancel() or
-    /// a further measure() comes first, which drop it.
+    /// Starts a measurement. Answered later, from the event loop, by exactly one measured() or failed(), unless
+    /// cancel() or a further measure() comes first, which drop it.
     virtual void measure(const DfRequest& request) = 0;
     virtual void cancel() = 0;
 
@@ -35,7 +35,8 @@ signals:
 };
 
 /// How a source spends the time its measurements take.
-enum class Pacing {
+enum class Pacing
+{
     RealTime,  ///< as long as it would take a real network
     Immediate, ///< at the next turn of the event loop; the source's clock advances all the same
 };

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "drivers/dfresult.h"
+
+#include <QSaveFile>
+
+namespace workbench {
+
+/// Writes results as a recording that loadRecording() reads (docs/recording-format.md).
+///
+/// Nothing is at the file's place before commit(), and an earlier file stays there until then. The format holds
+/// bearings only: a station without one gets no line, and a result without any leaves a gap in the shot numbers.
+/// Frequency, time of day, level and quality are not part of it.
+class RecordingWriter
+{
+public:
+    explicit RecordingWriter(const QString& file);
+
+    /// Adds a result as the next shot, counted from 1. False, with nothing of it added and no shot counted, when it
+    /// cannot be written: a bearing in a result without date or of a station without name or position.
+    bool append(const DfResult& result);
+    /// Puts the file in its place. False when that fails; to be called once.
+    bool commit();
+    /// Why the last operation failed: file and reason.
+    [[nodiscard]] QString errorString() const { return m_error; }
+
+private:
+    bool fail(const QString& reason);
+
+    QSaveFile m_file;
+    QByteArray m_text;
+    QString m_error;
+    int m_shots = 0;
+};
+
+} // namespace workbench
