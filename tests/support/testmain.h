@@ -5,8 +5,8 @@
 
 namespace testsupport {
 
-/// Prepares the process before the application object exists: the time zone (CET with summer time, by rule and so without
-/// a zone database), and a watchdog that ends a program that hangs.
+/// Prepares the process before the application object exists: the time zone (CET with summer time, by rule and so
+/// without a zone database), and a watchdog that ends a program that hangs.
 void prepareProcess(int secondsUntilWatchdog);
 
 } // namespace testsupport

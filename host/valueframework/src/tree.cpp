@@ -3,6 +3,7 @@
 #include "valueframework/valuebase.h"
 
 #include <algorithm>
+#include <exception>
 
 namespace values {
 
@@ -72,8 +73,10 @@ bool Tree::DeleteValue(const QString& path)
     if (value == nullptr)
         return false;
     const QString removedPath = value->m_path;
-    value->RemoveFromTree();
+    const std::exception_ptr failure = value->TakeLeave();
     TellListeners([&removedPath](ITreeListener* listener) { listener->ValueRemoved(removedPath); });
+    if (failure)
+        std::rethrow_exception(failure);
     return true;
 }
 

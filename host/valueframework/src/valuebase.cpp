@@ -3,7 +3,6 @@
 #include "valueframework/tree.h"
 
 #include <algorithm>
-#include <exception>
 #include <utility>
 
 namespace values {
@@ -153,29 +152,25 @@ IObserver* ValueBase::GetDeleteObserver() const
     return m_deleteObserver;
 }
 
-void ValueBase::RemoveFromTree()
+std::exception_ptr ValueBase::TakeLeave()
 {
-    // Whatever an observer throws, the value has left the tree and must be deleted; the failure goes on afterwards.
     std::exception_ptr failure;
-    {
-        Use use(*this);
-        m_inTree = false;
-        m_state = StateRemoved;
-        const bool toldAsObserver = IsObservedBy(m_deleteObserver);
-        try {
-            NotifyObservers(ChangeState);
-            if (!use.IsOver() && m_deleteObserver != nullptr && !toldAsObserver)
-                m_deleteObserver->Update(this, ChangeState);
-        } catch (...) {
-            failure = std::current_exception();
-        }
-        if (!use.IsOver()) {
-            DeleteObservers();
-            DeleteWhenUnused();
-        }
+    Use use(*this);
+    m_inTree = false;
+    m_state = StateRemoved;
+    const bool toldAsObserver = IsObservedBy(m_deleteObserver);
+    try {
+        NotifyObservers(ChangeState);
+        if (!use.IsOver() && m_deleteObserver != nullptr && !toldAsObserver)
+            m_deleteObserver->Update(this, ChangeState);
+    } catch (...) {
+        failure = std::current_exception();
     }
-    if (failure)
-        std::rethrow_exception(failure);
+    if (!use.IsOver()) {
+        DeleteObservers();
+        DeleteWhenUnused();
+    }
+    return failure;
 }
 
 } // namespace values

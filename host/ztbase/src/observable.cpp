@@ -61,8 +61,8 @@ void Observable::DeleteObservers()
 
 std::size_t Observable::GetObserverCount() const
 {
-    return m_observers.size() -
-           static_cast<std::size_t>(std::count(m_observers.begin(), m_observers.end(), static_cast<IObserver*>(nullptr)));
+    return m_observers.size() - static_cast<std::size_t>(std::count(m_observers.begin(), m_observers.end(),
+                                                                    static_cast<IObserver*>(nullptr)));
 }
 
 bool Observable::IsObservedBy(const IObserver* observer) const

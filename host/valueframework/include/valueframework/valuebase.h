@@ -6,6 +6,7 @@
 #include <QDeadlineTimer>
 #include <QString>
 
+#include <exception>
 #include <vector>
 
 namespace values {
@@ -14,14 +15,16 @@ class Tree;
 class ValueBase;
 
 /// State of a value. It drives the widgets that show the value and never blocks a set by program.
-enum TValueState : int {
+enum TValueState : int
+{
     StateOrdinary = 0, ///< in use
     StateRemoved = 1,  ///< being removed: whoever holds the value lets go of it now
     StateUnused = 2,   ///< not in use: its widgets are disabled
 };
 
 /// The kinds of value.
-enum TValueType : int {
+enum TValueType : int
+{
     TypeBool,
     TypeInt,
     TypeDouble,
@@ -157,8 +160,9 @@ private:
     friend class ValueTransaction;
 
     void EndTransaction(const std::vector<TChangeCode>& codes);
-    /// Called by the tree: takes leave of everyone, then deletes the value as soon as nobody is inside it.
-    void RemoveFromTree();
+    /// Called by the tree: tells and drops all observers, then deletes the value as soon as nobody is inside it.
+    /// Whatever an observer throws does not stop that and is the result.
+    std::exception_ptr TakeLeave();
 
     QString m_name;
     QString m_path;

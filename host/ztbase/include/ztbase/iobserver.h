@@ -5,7 +5,8 @@
 class Observable;
 
 /// What has happened to an observed object. The numbers are part of the host's binary interface.
-enum TChangeCode : int {
+enum TChangeCode : int
+{
     ChangeState = 2,     ///< the state changed; with state "being removed" the object is about to go
     ChangeContent = 3,   ///< the content changed, or somebody announced it anew
     ChangeLimits = 4,    ///< minimum, maximum or step changed

@@ -10,8 +10,8 @@
 ///
 /// Observers are told in the order of their registration. A notification round is safe against everything an observer
 /// may do: an observer removed meanwhile is not called, one added meanwhile is first called in the next round, a nested
-/// round is delivered at once, and the round ends quietly when the object is deleted in it. When an observer throws, the
-/// others are still told; then the first exception goes on to the caller of the notifying operation.
+/// round is delivered at once, and the round ends quietly when the object is deleted in it. When an observer throws,
+/// the others are still told; then the first exception goes on to the caller of the notifying operation.
 ///
 /// GUI thread only.
 class ZTBASE_EXPORT Observable

@@ -158,8 +158,8 @@ bool LinkByPath(ValuePtr<T>& pointer, const QString& path)
 
 /// The value of kind T at @p path, created when there is none, with @p observer (if any) registered.
 ///
-/// When a value of another kind has the path, the result is a new value outside the tree which nobody owns: callers go on
-/// working, and a trace says so.
+/// When a value of another kind has the path, the result is a new value outside the tree which nobody owns: callers go
+/// on working, and a trace says so.
 template <typename T>
 T* CreateOrLink(QString path, IObserver* observer = nullptr)
 {
@@ -170,10 +170,11 @@ T* CreateOrLink(QString path, IObserver* observer = nullptr)
         value = detail::CreateNamed<T>(split.name);
         const bool inTree = Tree::Instance()->InsertValue(split.parent, value);
         if (!inTree && (ErrorHandler::Instance()->GetTraceMask() & ErrorHandler::ComponentTraces) != 0) {
-            _Q_Trace(QStringLiteral("!!!!!!!MEMORY LEAK! The value with the path '%1' could not be created!!! A value of "
-                                    "this name already exists for a different type!!!!!!!!")
-                         .arg(path),
-                     QStringLiteral("valueframework/valueclasses/valueobservermacros"), leakTraceLine);
+            _Q_Trace(
+                QStringLiteral("!!!!!!!MEMORY LEAK! The value with the path '%1' could not be created!!! A value of "
+                               "this name already exists for a different type!!!!!!!!")
+                    .arg(path),
+                QStringLiteral("valueframework/valueclasses/valueobservermacros"), leakTraceLine);
         }
     }
     if (observer != nullptr)

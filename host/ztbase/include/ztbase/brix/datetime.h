@@ -8,7 +8,8 @@
 namespace Brix {
 
 /// In which zone a time is written.
-enum TimeZone {
+enum TimeZone
+{
     Utc_TimeZone,
     Local_TimeZone,
 };
@@ -25,8 +26,8 @@ public:
     DateTime() = default;
 
     /// Reads an ISO 8601 text "yyyy-MM-ddThh:mm:ss": "T" or one blank between date and time, an optional fraction of a
-    /// second, an optional zone ("Z" or "+hh:mm"). Without a zone the text counts as UTC. A text of another form, a date
-    /// without a time of day included, gives an invalid DateTime.
+    /// second, an optional zone ("Z" or "+hh:mm"). Without a zone the text counts as UTC. A text of another form, a
+    /// date without a time of day included, gives an invalid DateTime.
     static DateTime fromString(const QString& text);
 
     [[nodiscard]] bool isValid() const { return m_utc.isValid(); }
