@@ -5,6 +5,7 @@
 #include "valueframework/valueclasses/valueobservermacros.h"
 #include "ztbase/iobserver.h"
 
+#include <QLatin1String>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -49,7 +50,8 @@ private slots:
 private:
     using BoolPtr = values::ValuePtr<values::BoolValue>;
 
-    void CreateIndicator(BoolPtr& indicator, const QString& name);
+    void LinkFrequency();
+    void CreateIndicator(BoolPtr& indicator, QLatin1String name);
     void Evaluate();
     [[nodiscard]] bool CanLocateHri() const;
     [[nodiscard]] bool IsAnyUsable() const;

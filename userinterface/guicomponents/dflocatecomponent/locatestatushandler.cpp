@@ -1,0 +1,150 @@
+#include "locatestatushandler.h"
+
+#include "clicklabel.h"
+#include "devicecontrol/guicentral.h"
+#include "entryguard.h"
+#include "hostcodes.h"
+#include "valuetools.h"
+
+#include <QMessageBox>
+#include <QPixmap>
+
+namespace VelmarGui {
+
+namespace {
+
+// The blank at the end is part of the name under which hosts filter these traces.
+const QLatin1String sourceFile("userinterface/guicomponents/dflocatecomponent/locatestatushandler ");
+
+const QLatin1String onIcon(":/icons/On");
+const QLatin1String offIcon(":/icons/Off");
+
+constexpr int lampSize = 20; // pixels
+
+void traceMissing(const char* name, unsigned short line)
+{
+    traceIfEnabled(QStringLiteral("Missing DF Value %1").arg(QLatin1String(name)), sourceFile, line);
+}
+
+QPixmap lampPixmap(QLatin1String icon)
+{
+    return QPixmap(icon).scaled(lampSize, lampSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+bool hasText(const values::ValuePtr<values::StringValue>& value)
+{
+    return value && !value->GetValue().isEmpty();
+}
+
+bool reads(const values::ValuePtr<values::BoolValue>& value)
+{
+    return value && value->GetValue();
+}
+
+void set(values::ValuePtr<values::BoolValue>& value, bool content, IObserver* originator)
+{
+    if (value)
+        value->SetValue(content, originator);
+}
+
+} // namespace
+
+LocateStatusHandler::LocateStatusHandler(QWidget* parent, GuiComponentCommon* common, const QString& componentName,
+                                         const QString& pathPrefix)
+    : GuiComponentTools(common, componentName)
+    , m_pLamp(new ClickLabel(QStringLiteral("Led"), parent))
+    , m_pathPrefix(pathPrefix)
+{
+    connect(m_pLamp, SIGNAL(signal_open()), this, SLOT(slot_open()));
+    m_pLamp->setPixmap(lampPixmap(offIcon));
+    m_pLamp->setToolTip(tr("Locate states"));
+}
+
+LocateStatusHandler::~LocateStatusHandler() = default;
+
+void LocateStatusHandler::SetUpValues()
+{
+    if (!values::LinkByPath(m_locateStatus, m_pathPrefix + QStringLiteral("Values/Status/LocateStatus")))
+        traceMissing("LocateStatus", __LINE__);
+    if (!values::LinkByPath(m_locateHriStatus, QStringLiteral("/DRV/DRIVER/DFLOCATE/LocateHRIStatus")))
+        traceMissing("LocateHRIStatus", __LINE__);
+    LinkFrequency();
+    CreateIndicator(m_dfConnected, QLatin1String("LocateDFConnectedIndicator"));
+    CreateIndicator(m_hriConnected, QLatin1String("LocateHRIConnectedIndicator"));
+    CreateIndicator(m_dfUsable, QLatin1String("LocateDFUsableIndicator"));
+    CreateIndicator(m_hriUsable, QLatin1String("LocateHRIUsableIndicator"));
+    Evaluate();
+}
+
+QWidget* LocateStatusHandler::GetLamp() const
+{
+    return m_pLamp;
+}
+
+void LocateStatusHandler::Update(Observable* source, TChangeCode code)
+{
+    if (code != ValueChanged)
+        return;
+    if (isBoundTo(m_locateStatus, source) || isBoundTo(m_locateHriStatus, source) || isBoundTo(m_frequency, source))
+        runEntry("LocateStatusHandler::Update", sourceFile, __LINE__, [this] { Evaluate(); });
+}
+
+void LocateStatusHandler::LinkFrequency()
+{
+    values::ValueBase* const global = GetGlobalValue(QStringLiteral("Frequency"));
+    // Through its path, so that a value that is not in the tree counts as missing.
+    if (!values::LinkByPath(m_frequency, global != nullptr ? global->GetPathName() : QString()))
+        traceMissing("Frequency", __LINE__);
+}
+
+void LocateStatusHandler::CreateIndicator(BoolPtr& indicator, QLatin1String name)
+{
+    values::LinkOrCreate(indicator, GetComponentPath() + name);
+    // The name is handed over as a copy: the host keeps it for longer than this library may be loaded.
+    AddGlobalValue(indicator.get(), name, nullptr, nullptr);
+}
+
+void LocateStatusHandler::Evaluate()
+{
+    set(m_dfConnected, hasText(m_locateStatus), this);
+    set(m_hriConnected, hasText(m_locateHriStatus), this);
+    if (!m_locateStatus || !m_locateHriStatus)
+        return;
+    applyStatusText(m_dfStatus, m_locateStatus->GetValue());
+    applyStatusText(m_hriStatus, m_locateHriStatus->GetValue());
+    // An observer of one indicator may change a status text and so evaluate anew: each indicator is computed when its
+    // turn has come, and what is shown and told at the end is read back.
+    set(m_hriUsable, CanLocateHri(), this);
+    set(m_dfUsable, m_dfStatus.anyAvailable, this);
+    if (m_pLamp)
+        m_pLamp->setPixmap(lampPixmap(IsAnyUsable() ? onIcon : offIcon));
+    emit si_locateUsable(reads(m_hriUsable), reads(m_dfUsable));
+}
+
+bool LocateStatusHandler::CanLocateHri() const
+{
+    return m_hriStatus.anyAvailable && m_frequency && m_hriStatus.Covers(m_frequency->GetValue());
+}
+
+bool LocateStatusHandler::IsAnyUsable() const
+{
+    return reads(m_hriUsable) || reads(m_dfUsable);
+}
+
+void LocateStatusHandler::slot_open()
+{
+    if (!m_frequency) {
+        QMessageBox::information(GuiCentral::Instance()->GetMainWidget(), tr("Locate states"), tr("Not yet connected"),
+                                 QMessageBox::Ok);
+        return;
+    }
+    QMessageBox box;
+    box.setWindowTitle(tr("Locate states"));
+    box.setText(buildReport(m_dfStatus, m_hriStatus, m_frequency->GetValue()));
+    if (m_hriUsable && m_dfUsable)
+        box.setIconPixmap(QPixmap(IsAnyUsable() ? onIcon : offIcon));
+    // This object may be gone when the box is closed: nothing may follow.
+    box.exec();
+}
+
+} // namespace VelmarGui
