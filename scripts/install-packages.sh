@@ -21,6 +21,7 @@ build_packages=(
 )
 test_packages=(
   binutils
+  clang-format
   openbox
   xdotool
   xvfb
