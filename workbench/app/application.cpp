@@ -1,0 +1,313 @@
+#include "app/application.h"
+
+#include "app/contained.h"
+#include "app/mainwindow.h"
+#include "app/measuringjob.h"
+#include "app/modalboxcloser.h"
+#include "app/options.h"
+#include "app/recorder.h"
+#include "app/screenshot.h"
+#include "app/session.h"
+#include "app/shotreport.h"
+#include "app/traceview.h"
+#include "drivers/recording.h"
+#include "drivers/scenario.h"
+#include "drivers/simulatednetwork.h"
+
+#include "ztbase/errorhandler.h"
+
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QToolBar>
+
+#include <cstdio>
+
+// Outside of any namespace, as the macro in it demands.
+static void initResources()
+{
+    Q_INIT_RESOURCE(workbench);
+}
+
+namespace workbench {
+
+namespace {
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("workbench", text);
+}
+
+void print(std::FILE* stream, const QString& text)
+{
+    std::fputs(text.toUtf8().constData(), stream);
+    std::fflush(stream);
+}
+
+void printError(const QString& sentence)
+{
+    print(stderr, sentence + QLatin1Char('\n'));
+}
+
+[[nodiscard]] bool hasDisplay()
+{
+    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+}
+
+/// The component that comes with the program, in the build folder as well as installed.
+QString componentFile(const Options& options)
+{
+    if (!options.componentFile.isEmpty())
+        return options.componentFile;
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() +
+                           QStringLiteral("/../" DFLOCATE_LIBRARY_FOLDER "/libDFLocateComponent.so"));
+}
+
+template <typename T>
+using OrErrors = std::variant<T, QStringList>;
+
+OrErrors<std::unique_ptr<DfSource>> openRecording(const Options& options, Pacing pacing)
+{
+    Loaded<Recording> recording = loadRecording(options.recordingFile);
+    if (!recording)
+        return recording.errors;
+    const auto available = static_cast<int>(recording.value->shots.size());
+    if (options.shots.value_or(0) > available) {
+        return QStringList(tr("%1: %2 shots are wanted (--shots), but the recording has %3.")
+                               .arg(options.recordingFile)
+                               .arg(*options.shots)
+                               .arg(available));
+    }
+    return std::make_unique<RecordedNetwork>(*std::move(recording.value), options.recordedDefaults, pacing);
+}
+
+/// The network that the options ask for; null when offline. Else what is wrong with the files.
+OrErrors<std::unique_ptr<DfSource>> openSource(const Options& options)
+{
+    if (options.offline)
+        return nullptr;
+    // Nobody waits in front of a window for time to pass; but a recording's only clock is the one on the wall.
+    const bool playsCyclic = !options.recordingFile.isEmpty() && options.cyclicSeconds;
+    const Pacing pacing = options.headless && !playsCyclic ? Pacing::Immediate : Pacing::RealTime;
+    if (!options.recordingFile.isEmpty())
+        return openRecording(options, pacing);
+    Loaded<Scenario> scenario = loadScenario(
+        options.scenarioFile.isEmpty() ? QStringLiteral(":/scenarios/five-stations.json") : options.scenarioFile);
+    if (!scenario)
+        return scenario.errors;
+    return std::make_unique<SimulatedNetwork>(*std::move(scenario.value), options.seed, pacing);
+}
+
+std::optional<QString> recordingObstacle(const Options& options)
+{
+    if (options.recordFile.isEmpty())
+        return std::nullopt;
+    const QFileInfo played(options.recordingFile);
+    if (!options.recordingFile.isEmpty() && played == QFileInfo(options.recordFile))
+        return tr("%1: the recording that is played cannot be recorded over.").arg(options.recordFile);
+    return Recorder::obstacle(options.recordFile);
+}
+
+/// One run of the program after everything from outside has been read.
+class Run : public QObject
+{
+public:
+    Run(const Options& options, std::unique_ptr<DfSource> source)
+        : m_options(options)
+        , m_session(std::move(source))
+    {
+    }
+    ~Run() override { ErrorHandler::Instance()->SetTraceSink(nullptr); }
+
+    int run();
+
+private:
+    void showTraces();
+    void startWork();
+    void startJob();
+    void endJob();
+    void printShot();
+    void fail(ExitCode code, const QString& reason);
+    void finishWork();
+    void saveFiles();
+
+    const Options& m_options;
+    MainWindow m_window; // the session ends first
+    Session m_session;
+    std::unique_ptr<Recorder> m_recorder;
+    std::unique_ptr<MeasuringJob> m_job;
+    QJsonArray m_shots;
+    int m_shotCount = 0;
+    ExitCode m_exitCode = Done;
+};
+
+int Run::run()
+{
+    showTraces();
+    m_window.follow(m_session);
+    if (DfDriver* const driver = m_session.driver(); driver != nullptr && !m_options.recordFile.isEmpty())
+        m_recorder = std::make_unique<Recorder>(*driver, m_options.recordFile);
+    connect(static_cast<Application*>(qApp), &Application::exceptionCaught, &m_window, &MainWindow::showMessage);
+
+    const auto error = m_session.start(componentFile(m_options),
+                                       [this](QToolBar* toolBar, QWidget* panel) { m_window.place(toolBar, panel); });
+    if (error) {
+        fail(ComponentFailed, error->text());
+        m_window.showComponentFailure(error->text());
+    }
+    if (m_options.headless && error)
+        return m_exitCode;
+
+    if (!m_options.headless || !m_options.screenshotFile.isEmpty())
+        m_window.show();
+    m_session.announceEnabled();
+    // From the event loop, when the window has settled.
+    QMetaObject::invokeMethod(
+        this, [this] { startWork(); }, Qt::QueuedConnection);
+    QCoreApplication::exec();
+    saveFiles();
+    return m_exitCode;
+}
+
+void Run::showTraces()
+{
+    ErrorHandler* const handler = ErrorHandler::Instance();
+    handler->SetTraceSink([this](const TraceRecord& record) {
+        m_window.traceView()->append(record);
+        if (m_options.trace)
+            printError(QStringLiteral("%1:%2: %3").arg(record.sourceFile).arg(record.line).arg(record.text));
+    });
+}
+
+void Run::startWork()
+{
+    if (m_exitCode == Done && (m_options.shots || m_options.cyclicSeconds))
+        startJob();
+    else
+        endJob();
+}
+
+void Run::startJob()
+{
+    m_job = std::make_unique<MeasuringJob>(m_session);
+    connect(m_job.get(), &MeasuringJob::resultShown, this, &Run::printShot);
+    connect(m_job.get(), &MeasuringJob::finished, this, &Run::endJob);
+    connect(m_job.get(), &MeasuringJob::failed, this, [this](const QString& reason) {
+        fail(ComponentFailed, reason);
+        m_window.showMessage(reason);
+        endJob();
+    });
+    if (m_options.cyclicSeconds)
+        m_job->startCyclic(*m_options.cyclicSeconds);
+    else
+        m_job->startShots(*m_options.shots);
+}
+
+void Run::printShot()
+{
+    if (!m_options.headless)
+        return;
+    ++m_shotCount;
+    const ShotReport shot = readShot(m_session.toolBar(), handlerRoot() + QStringLiteral("Values/Result/"));
+    if (m_options.json)
+        m_shots += shotJson(m_shotCount, shot);
+    else
+        print(stdout, shotTable(m_shotCount, shot));
+}
+
+void Run::endJob()
+{
+    if (!m_options.screenshotFile.isEmpty()) {
+        if (const auto failure = saveScreenshot(m_window, m_options.screenshotFile))
+            fail(BadOptionsOrFiles, *failure);
+    }
+    if (m_options.headless || !m_options.screenshotFile.isEmpty())
+        QCoreApplication::quit();
+}
+
+void Run::saveFiles()
+{
+    if (m_options.json)
+        print(stdout, QString::fromUtf8(QJsonDocument(m_shots).toJson()));
+    if (m_recorder) {
+        if (const auto failure = m_recorder->finish())
+            fail(BadOptionsOrFiles, *failure);
+    }
+}
+
+void Run::fail(ExitCode code, const QString& reason)
+{
+    printError(reason);
+    if (m_exitCode == Done)
+        m_exitCode = code;
+}
+
+} // namespace
+
+bool Application::notify(QObject* receiver, QEvent* event)
+{
+    bool handled = false;
+    const auto thrown = contained([&] { handled = QApplication::notify(receiver, event); });
+    if (thrown) {
+        const QString text = tr("A component let %1 out of an event handler.").arg(*thrown);
+        qWarning("%s", qPrintable(text));
+        emit exceptionCaught(text);
+    }
+    return handled;
+}
+
+int runWorkbench(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments += QString::fromLocal8Bit(argv[i]);
+    CommandLine commandLine = readCommandLine(arguments);
+    if (!commandLine.informationText.isEmpty()) {
+        print(stdout, commandLine.informationText);
+        return Done;
+    }
+    for (const QString& error : qAsConst(commandLine.errors))
+        printError(error);
+    if (!commandLine.errors.isEmpty()) {
+        printError(tr("The option --help lists all options."));
+        return BadOptionsOrFiles;
+    }
+
+    Options& options = commandLine.options;
+    if (!options.headless && !hasDisplay()) {
+        printError(tr("There is no display (neither DISPLAY nor WAYLAND_DISPLAY is set): working without a window."));
+        options.headless = true;
+    }
+    if (options.headless && !options.shots && !options.cyclicSeconds && !options.offline)
+        options.shots = 1;
+    if (options.headless)
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+
+    Application application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("dflocate-workbench"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(DFLOCATE_VERSION));
+    initResources();
+    if (options.trace)
+        ErrorHandler::Instance()->SetTraceMask(ErrorHandler::Instance()->GetTraceMask() |
+                                               ErrorHandler::ComponentTraces);
+
+    auto source = openSource(options);
+    if (const auto* const errors = std::get_if<QStringList>(&source)) {
+        for (const QString& error : *errors)
+            printError(error);
+        return BadOptionsOrFiles;
+    }
+    if (const auto obstacle = recordingObstacle(options)) {
+        printError(*obstacle);
+        return BadOptionsOrFiles;
+    }
+
+    std::unique_ptr<ModalBoxCloser> boxCloser;
+    if (options.headless) {
+        boxCloser = std::make_unique<ModalBoxCloser>();
+        QObject::connect(boxCloser.get(), &ModalBoxCloser::closed, printError);
+    }
+    return Run(options, std::get<std::unique_ptr<DfSource>>(std::move(source))).run();
+}
+
+} // namespace workbench

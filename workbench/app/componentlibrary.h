@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QLibrary>
+#include <QString>
+
+#include <memory>
+#include <variant>
+
+class IDllInstance;
+
+namespace VelmarGui {
+class IGuiComponent;
+}
+
+namespace workbench {
+
+/// Why a component cannot be used.
+struct ComponentError
+{
+    enum class Kind
+    {
+        FileMissing,        ///< there is no such file
+        NotALibrary,        ///< the file cannot be loaded
+        CreateMissing,      ///< the library does not export ZTCreate
+        DestroyMissing,     ///< the library does not export ZTDestroy
+        CreateThrew,        ///< ZTCreate let an exception out
+        CreateReturnedNull, ///< ZTCreate returned nothing
+        WrongClass,         ///< what ZTCreate returned is no GUI component
+        WidgetsThrew,       ///< making or placing the widgets let an exception out
+        NoToolBar,          ///< there is no toolbar after the widgets were made
+        ServicesThrew,      ///< taking the services over let an exception out
+        AnnouncementThrew,  ///< binding to the values let an exception out
+    };
+
+    Kind kind;
+    QString file;
+    QString detail; ///< what the platform or the exception said; empty when there is nothing to say
+
+    /// A full sentence that names the file and the reason.
+    [[nodiscard]] QString text() const;
+};
+
+/// A component object and the library it comes from. The end of its life hands the object back to the library (unless
+/// that was done), then unloads the library: all other objects of the library must be gone by then.
+class LoadedComponent
+{
+public:
+    ~LoadedComponent();
+    LoadedComponent(const LoadedComponent&) = delete;
+    LoadedComponent& operator=(const LoadedComponent&) = delete;
+
+    [[nodiscard]] VelmarGui::IGuiComponent& component() const { return *m_component; }
+    [[nodiscard]] QString file() const { return m_library.fileName(); }
+
+    /// Hands the object back to the library, which stays loaded. The component must not be used any more.
+    void destroyComponent();
+
+private:
+    friend std::variant<std::unique_ptr<LoadedComponent>, ComponentError> loadComponent(const QString&, const QString&);
+    explicit LoadedComponent(const QString& file);
+
+    QLibrary m_library;
+    IDllInstance* m_instance = nullptr;
+    VelmarGui::IGuiComponent* m_component = nullptr; // the same object
+    void (*m_destroy)(IDllInstance*) = nullptr;
+};
+
+/// Loads the component library @p file and has it create its component under the bare name @p componentName. A library
+/// that turns out not to be usable is unloaded again. GUI thread only.
+[[nodiscard]] std::variant<std::unique_ptr<LoadedComponent>, ComponentError>
+loadComponent(const QString& file, const QString& componentName);
+
+} // namespace workbench

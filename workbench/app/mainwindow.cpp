@@ -1,0 +1,339 @@
+#include "app/mainwindow.h"
+
+#include "app/screenshot.h"
+#include "app/session.h"
+#include "app/traceview.h"
+#include "app/userinputcontrol.h"
+#include "app/valuetreeview.h"
+#include "drivers/dfsource.h"
+
+#include "devicecontrol/guicentral.h"
+#include "valuewidgets/undorecordingcontrolbase.h"
+
+#include <QActionGroup>
+#include <QApplication>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QDockWidget>
+#include <QFileDialog>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QScrollArea>
+#include <QShortcut>
+#include <QStatusBar>
+#include <QTableWidget>
+#include <QToolBar>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace workbench {
+
+namespace {
+
+/// The first widget in the focus chain below @p area that takes the focus by key.
+QWidget* firstFocusWidget(QWidget* area)
+{
+    QWidget* candidate = area;
+    do {
+        const bool takesFocus = (candidate->focusPolicy() & Qt::TabFocus) != 0 && candidate->isEnabled();
+        if (takesFocus && candidate->isVisible() && (candidate == area || area->isAncestorOf(candidate)))
+            return candidate;
+        candidate = candidate->nextInFocusChain();
+    } while (candidate != area);
+    return nullptr;
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget* parent)
+    : QMainWindow(parent)
+{
+    setObjectName(QStringLiteral("MainWindow"));
+    setWindowTitle(tr("DF/Locate Workbench"));
+    setDockNestingEnabled(true);
+    addDocks();
+    addStatusBar();
+    addFileMenu();
+    addEditMenu();
+    addViewMenu();
+    addHelpMenu();
+    addFocusKeys();
+    UndoRecordingControlBase::SetUndoStack(&m_undoStack);
+    GuiCentral::Instance()->SetMainWidget(this);
+    const QFontMetrics font = fontMetrics();
+    resize(150 * font.averageCharWidth(), 42 * font.height());
+}
+
+MainWindow::~MainWindow()
+{
+    GuiCentral::Instance()->SetMainWidget(nullptr);
+    UndoRecordingControlBase::SetUndoStack(nullptr);
+}
+
+void MainWindow::addDocks()
+{
+    // All areas are docks: none of them is the one that all others give way to.
+    const auto addDock = [this](const char* name, const QString& title, QWidget* content) {
+        auto* const dock = new QDockWidget(title, this);
+        dock->setObjectName(QLatin1String(name));
+        dock->setWidget(content);
+        return dock;
+    };
+    m_panelDock =
+        addDock("PanelDock", tr("Settings"), textPanel(QStringLiteral("NoComponent"), tr("No component is loaded.")));
+    m_valueTreeView = new ValueTreeView;
+    QDockWidget* const values = addDock("ValueTreeDock", tr("Value tree"), m_valueTreeView);
+    m_traceView = new TraceView;
+    QDockWidget* const traces = addDock("TraceDock", tr("Traces"), m_traceView);
+    addDockWidget(Qt::LeftDockWidgetArea, m_panelDock);
+    addDockWidget(Qt::RightDockWidgetArea, values);
+    addDockWidget(Qt::BottomDockWidgetArea, traces);
+    connect(m_valueTreeView, &ValueTreeView::editRefused, this, &MainWindow::showMessage);
+
+    const QFontMetrics font = fontMetrics();
+    resizeDocks({m_panelDock, values}, {45 * font.averageCharWidth(), 105 * font.averageCharWidth()}, Qt::Horizontal);
+    resizeDocks({traces}, {12 * font.height()}, Qt::Vertical);
+}
+
+void MainWindow::addStatusBar()
+{
+    m_driverName = new QLabel(tr("No driver"));
+    m_driverName->setObjectName(QStringLiteral("DriverName"));
+    m_lastResult = new QLabel(tr("No result yet"));
+    m_lastResult->setObjectName(QStringLiteral("LastResult"));
+    statusBar()->addPermanentWidget(m_lastResult);
+    statusBar()->addPermanentWidget(m_driverName);
+}
+
+void MainWindow::addFileMenu()
+{
+    QMenu* const menu = menuBar()->addMenu(tr("&File"));
+    menu->addAction(tr("&Save screenshot …"), this, &MainWindow::saveScreenshotAs, QKeySequence::Print);
+    menu->addSeparator();
+    menu->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence(Qt::CTRL | Qt::Key_Q));
+}
+
+void MainWindow::addEditMenu()
+{
+    QMenu* const menu = menuBar()->addMenu(tr("&Edit"));
+    QAction* const undo = m_undoStack.createUndoAction(menu, tr("&Undo"));
+    undo->setShortcuts(QKeySequence::Undo);
+    menu->addAction(undo);
+    QAction* const redo = m_undoStack.createRedoAction(menu, tr("&Redo"));
+    redo->setShortcuts(QKeySequence::Redo);
+    menu->addAction(redo);
+    menu->addSeparator();
+    menu->addAction(
+        tr("&Find value"), this,
+        [this] {
+            m_valueTreeView->filterEdit()->setFocus(Qt::ShortcutFocusReason);
+            m_valueTreeView->filterEdit()->selectAll();
+        },
+        QKeySequence::Find);
+}
+
+void MainWindow::addViewMenu()
+{
+    m_viewMenu = menuBar()->addMenu(tr("&View"));
+    const auto docks = findChildren<QDockWidget*>();
+    for (QDockWidget* const dock : docks)
+        m_viewMenu->addAction(dock->toggleViewAction());
+}
+
+void MainWindow::addHelpMenu()
+{
+    QMenu* const menu = menuBar()->addMenu(tr("&Help"));
+    menu->addAction(tr("&Hot keys"), this, &MainWindow::showHotKeys);
+    menu->addAction(tr("&About"), this, &MainWindow::showAbout);
+}
+
+void MainWindow::addFocusKeys()
+{
+    const auto addKeys = [this](const QKeySequence& keys, bool forward) {
+        auto* const shortcut = new QShortcut(keys, this);
+        connect(shortcut, &QShortcut::activated, this, [this, forward] { focusNextArea(forward); });
+    };
+    addKeys(QKeySequence(Qt::Key_F6), true);
+    addKeys(QKeySequence(Qt::SHIFT | Qt::Key_F6), false);
+}
+
+/// Goes round the toolbars and docks that are visible and have something to focus.
+void MainWindow::focusNextArea(bool forward)
+{
+    QList<QWidget*> areas;
+    for (QToolBar* const toolBar : findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly))
+        areas += toolBar;
+    for (QDockWidget* const dock : findChildren<QDockWidget*>(QString(), Qt::FindDirectChildrenOnly))
+        areas += dock;
+    if (!forward)
+        std::reverse(areas.begin(), areas.end());
+    const QWidget* const focused = QApplication::focusWidget();
+    const auto current = std::find_if(areas.begin(), areas.end(), [focused](const QWidget* area) {
+        return focused != nullptr && area->isAncestorOf(focused);
+    });
+    if (current != areas.end())
+        std::rotate(areas.begin(), std::next(current), areas.end());
+    for (QWidget* const area : qAsConst(areas)) {
+        if (QWidget* const target = firstFocusWidget(area)) {
+            target->setFocus(Qt::TabFocusReason);
+            return;
+        }
+    }
+}
+
+QWidget* MainWindow::textPanel(const QString& objectName, const QString& text) const
+{
+    auto* const label = new QLabel(text);
+    label->setObjectName(objectName);
+    label->setWordWrap(true);
+    label->setAlignment(Qt::AlignCenter);
+    label->setMargin(fontMetrics().height());
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    return label;
+}
+
+void MainWindow::place(QToolBar* toolBar, QWidget* panel)
+{
+    addToolBar(Qt::TopToolBarArea, toolBar);
+    toolBar->show();
+    QWidget* content = nullptr;
+    if (panel == nullptr) {
+        content = textPanel(QStringLiteral("NoPanel"), tr("This component has no settings panel."));
+    } else {
+        auto* const scrollArea = new QScrollArea; // a panel may be higher than the screen
+        scrollArea->setWidgetResizable(true);
+        scrollArea->setFrameShape(QFrame::NoFrame);
+        scrollArea->setWidget(panel);
+        content = scrollArea;
+    }
+    delete m_panelDock->widget();
+    m_panelDock->setWidget(content);
+}
+
+void MainWindow::follow(Session& session)
+{
+    addInputModeMenu(session);
+    DfDriver* const driver = session.driver();
+    if (driver == nullptr) {
+        m_driverName->setText(tr("Offline"));
+        return;
+    }
+    m_driverName->setText(driver->source().name());
+    connect(driver, &DfDriver::resultPublished, this, &MainWindow::showResult);
+    connect(driver, &DfDriver::measurementFailed, this, &MainWindow::showMessage);
+}
+
+void MainWindow::addInputModeMenu(Session& session)
+{
+    using Service = IVelmarGuiUserInputControlService;
+    UserInputControl* const control = &session.userInputControl();
+    QMenu* const menu = m_viewMenu->addMenu(tr("Operator &input"));
+    auto* const modes = new QActionGroup(menu);
+    const auto addMode = [&](const QString& text, Service::eUserInputMode mode) {
+        QAction* const action = menu->addAction(text);
+        action->setCheckable(true);
+        action->setChecked(control->mode() == mode);
+        modes->addAction(action);
+        connect(action, &QAction::triggered, control, [control, mode] { control->setMode(mode); });
+    };
+    addMode(tr("&Full"), Service::FullInput);
+    addMode(tr("&Restricted"), Service::RestrictedInput);
+    addMode(tr("&Locked"), Service::LockedInput);
+    addMode(tr("&View switching only"), Service::ViewSwitchInput);
+}
+
+void MainWindow::showComponentFailure(const QString& reason)
+{
+    delete m_panelDock->widget();
+    m_panelDock->setWidget(
+        textPanel(QStringLiteral("ComponentFailure"), tr("The component cannot be used.\n\n%1").arg(reason)));
+    showMessage(reason);
+}
+
+void MainWindow::showMessage(const QString& text)
+{
+    statusBar()->showMessage(text);
+    statusBar()->setToolTip(text); // the bar may be too short for it
+}
+
+void MainWindow::showResult(const DfResult& result)
+{
+    ++m_resultCount;
+    const auto bearings = std::count_if(result.stations.begin(), result.stations.end(),
+                                        [](const StationResult& station) { return station.azimuth.has_value(); });
+    const QString time =
+        result.time.isValid() ? result.time.toString(QStringLiteral("HH:mm:ss")) + tr(" UTC") : tr("time unknown");
+    m_lastResult->setText(tr("Result %1: %2, %3 of %4 stations with a bearing")
+                              .arg(m_resultCount)
+                              .arg(time)
+                              .arg(bearings)
+                              .arg(result.stations.size()));
+    statusBar()->clearMessage();
+    statusBar()->setToolTip(QString());
+}
+
+// Dialogs are opened, not executed: a dialog that waits in a function would outlive a window that is closed meanwhile.
+
+void MainWindow::saveScreenshotAs()
+{
+    auto* const dialog = new QFileDialog(this, tr("Save screenshot"), QString(), tr("PNG pictures (*.png)"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setDefaultSuffix(QStringLiteral("png"));
+    dialog->selectFile(QStringLiteral("dflocate-workbench.png"));
+    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& file) {
+        const auto failure = saveScreenshot(*this, file);
+        showMessage(failure ? *failure : tr("%1: the picture is saved.").arg(file));
+    });
+    dialog->open();
+}
+
+void MainWindow::showHotKeys()
+{
+    const std::vector<HotKeyInfo> hotKeys = GuiCentral::Instance()->GetListedHotKeys();
+    auto* const table = new QTableWidget(static_cast<int>(hotKeys.size()), 3);
+    table->setObjectName(QStringLiteral("HotKeys"));
+    table->setHorizontalHeaderLabels({tr("Keys"), tr("What they do"), tr("Group")});
+    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setTabKeyNavigation(false);
+    table->verticalHeader()->hide();
+    int row = 0;
+    for (const HotKeyInfo& hotKey : hotKeys) {
+        table->setItem(row, 0, new QTableWidgetItem(hotKey.keys));
+        table->setItem(row, 1, new QTableWidgetItem(hotKey.text));
+        table->setItem(row, 2, new QTableWidgetItem(hotKey.group));
+        ++row;
+    }
+    table->resizeColumnsToContents();
+    table->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
+
+    auto* const dialog = new QDialog(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowTitle(tr("Hot keys"));
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+    auto* const layout = new QVBoxLayout(dialog);
+    layout->addWidget(table);
+    layout->addWidget(buttons);
+    dialog->resize(70 * fontMetrics().averageCharWidth(), 15 * fontMetrics().height());
+    dialog->open();
+}
+
+void MainWindow::showAbout()
+{
+    auto* const box = new QMessageBox(this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowTitle(tr("About"));
+    box->setText(tr("<b>DF/Locate Workbench %1</b><p>Loads a DF/Locate component, gives it a network of direction "
+                    "finders and shows every value that moves.</p>")
+                     .arg(QStringLiteral(DFLOCATE_VERSION)));
+    box->open();
+}
+
+} // namespace workbench

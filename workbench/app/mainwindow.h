@@ -1,0 +1,68 @@
+#pragma once
+
+#include "drivers/dfresult.h"
+#include "guicomponentbase/ivelmarguiservice.h"
+
+#include <QMainWindow>
+#include <QUndoStack>
+
+class QLabel;
+class QMenu;
+
+namespace workbench {
+
+class Session;
+class TraceView;
+class ValueTreeView;
+
+/// The window of the workbench: the component's toolbar on top, its panel, the live value tree and the traces around
+/// it. It is the host's main widget as long as it lives.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+public:
+    explicit MainWindow(QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    /// Puts the component's widgets in; they become children of the window. @p panel null: a text says that there is
+    /// none.
+    void place(QToolBar* toolBar, QWidget* panel);
+    /// Follows the driver of @p session and offers its services in the menus. The session may end before the window.
+    void follow(Session& session);
+    /// Shows in place of the component why there is none; @p reason is a full sentence.
+    void showComponentFailure(const QString& reason);
+
+    [[nodiscard]] TraceView* traceView() const { return m_traceView; }
+    [[nodiscard]] ValueTreeView* valueTreeView() const { return m_valueTreeView; }
+
+public slots:
+    /// Shows @p text in the status bar until something else is to be said there.
+    void showMessage(const QString& text);
+
+private:
+    void addDocks();
+    void addStatusBar();
+    void addFileMenu();
+    void addEditMenu();
+    void addViewMenu();
+    void addHelpMenu();
+    void addInputModeMenu(Session& session);
+    void addFocusKeys();
+    void focusNextArea(bool forward);
+    void saveScreenshotAs();
+    void showHotKeys();
+    void showAbout();
+    void showResult(const DfResult& result);
+    [[nodiscard]] QWidget* textPanel(const QString& objectName, const QString& text) const;
+
+    QUndoStack m_undoStack;
+    QDockWidget* m_panelDock = nullptr;
+    TraceView* m_traceView = nullptr;
+    ValueTreeView* m_valueTreeView = nullptr;
+    QLabel* m_driverName = nullptr;
+    QLabel* m_lastResult = nullptr;
+    QMenu* m_viewMenu = nullptr;
+    int m_resultCount = 0;
+};
+
+} // namespace workbench

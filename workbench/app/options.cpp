@@ -1,0 +1,247 @@
+#include "app/options.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace workbench {
+
+namespace {
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("workbench::Options", text);
+}
+
+const QString headlessName = QStringLiteral("headless");
+const QString shotsName = QStringLiteral("shots");
+const QString cyclicName = QStringLiteral("cyclic");
+const QString scenarioName = QStringLiteral("scenario");
+const QString recordingName = QStringLiteral("recording");
+const QString componentName = QStringLiteral("component");
+const QString offlineName = QStringLiteral("offline");
+const QString seedName = QStringLiteral("seed");
+const QString traceName = QStringLiteral("trace");
+const QString screenshotName = QStringLiteral("screenshot");
+const QString jsonName = QStringLiteral("json");
+const QString recordName = QStringLiteral("record");
+const QString frequencyName = QStringLiteral("frequency");
+const QString levelName = QStringLiteral("level");
+const QString qualityName = QStringLiteral("quality");
+const QString timeName = QStringLiteral("time");
+const QString helpName = QStringLiteral("help");
+const QString versionName = QStringLiteral("version");
+
+void addOptions(QCommandLineParser& parser)
+{
+    const auto add = [&parser](const QString& name, const char* description, const char* valueName = nullptr) {
+        parser.addOption({name, tr(description), valueName ? QString::fromLatin1(valueName) : QString()});
+    };
+    add(headlessName, "Work without a window: press the component's start button and print what it shows.");
+    add(shotsName, "Make N single measurements (default without a window: 1).", "N");
+    add(cyclicName, "Measure cyclically for SECONDS.", "SECONDS");
+    add(scenarioName,
+        "Simulate the network and the emitters of FILE (default: the scenario that comes with the program).", "FILE");
+    add(recordingName, "Play the bearings recorded in FILE.", "FILE");
+    add(componentName, "Load the component library LIB (default: the one that comes with the program).", "LIB");
+    add(offlineName, "Work without a driver; the component creates its settings itself.");
+    add(seedName, "Seed of the simulation (default: 1). The same seed gives the same results.", "N");
+    add(traceName, "Switch the components' traces on and print them to the standard error stream.");
+    add(screenshotName,
+        "Save a picture of the main window to FILE when it is set up and the measurements are made, then "
+        "end.",
+        "FILE.png");
+    add(jsonName, "With --headless: print the results as one JSON document.");
+    add(recordName, "Record the results in FILE.", "FILE");
+    add(frequencyName, "Frequency in Hz to assume for a recording.", "HZ");
+    add(levelName, "Level in dBµV to assume where the recording has none.", "DBUV");
+    add(qualityName, "Quality in percent to assume where the recording has none.", "PERCENT");
+    add(timeName, "Time of day (UTC) to assume for a recording.", "HH:MM:SS");
+    add(helpName, "Print this text.");
+    add(versionName, "Print the version.");
+}
+
+/// Takes option values out of a parsed command line and collects what is wrong with them.
+class Reader
+{
+public:
+    explicit Reader(const QCommandLineParser& parser)
+        : m_parser(parser)
+    {
+    }
+
+    [[nodiscard]] bool isSet(const QString& name) const { return m_parser.isSet(name); }
+
+    QString file(const QString& name)
+    {
+        if (!isSet(name))
+            return {};
+        const QString value = m_parser.value(name);
+        if (value.isEmpty())
+            refuse(name, tr("the name of a file"));
+        return value;
+    }
+
+    /// @p convert: text to std::optional of the wanted type, empty for a bad text.
+    template <typename Convert>
+    auto value(const QString& name, const QString& expected, Convert convert) -> decltype(convert(QString()))
+    {
+        if (!isSet(name))
+            return {};
+        const auto result = convert(m_parser.value(name));
+        if (!result)
+            refuse(name, expected);
+        return result;
+    }
+
+    QString pngFile(const QString& name)
+    {
+        const QString value = file(name);
+        if (!value.isEmpty() && !value.endsWith(QLatin1String(".png"), Qt::CaseInsensitive))
+            refuse(name, tr("the name of a file that ends in .png"));
+        return value;
+    }
+
+    void excludes(const QString& name, const QStringList& others)
+    {
+        for (const QString& other : others) {
+            if (isSet(name) && isSet(other))
+                errors += tr("The options --%1 and --%2 exclude each other.").arg(name, other);
+        }
+    }
+
+    void needs(const QString& name, const QString& needed)
+    {
+        if (isSet(name) && !isSet(needed))
+            errors += tr("The option --%1 needs the option --%2.").arg(name, needed);
+    }
+
+    QStringList errors;
+
+private:
+    void refuse(const QString& name, const QString& expected)
+    {
+        errors += tr("Option --%1: \"%2\" was given, but %3 was expected.").arg(name, m_parser.value(name), expected);
+    }
+
+    const QCommandLineParser& m_parser;
+};
+
+std::optional<double> toNumber(const QString& text)
+{
+    bool ok = false;
+    const double number = text.toDouble(&ok);
+    return ok && std::isfinite(number) ? std::optional(number) : std::nullopt;
+}
+
+std::optional<double> toNumberAbove0(const QString& text)
+{
+    const auto number = toNumber(text);
+    return number && *number > 0.0 ? number : std::nullopt;
+}
+
+std::optional<double> toPercent(const QString& text)
+{
+    const auto number = toNumber(text);
+    return number && *number >= 0.0 && *number <= 100.0 ? number : std::nullopt;
+}
+
+std::optional<int> toCount(const QString& text)
+{
+    bool ok = false;
+    const int count = text.toInt(&ok);
+    return ok && count >= 1 ? std::optional(count) : std::nullopt;
+}
+
+std::optional<quint64> toSeed(const QString& text)
+{
+    bool ok = false;
+    const quint64 seed = text.toULongLong(&ok);
+    // The conversion takes "-1" for the largest number.
+    return ok && !text.contains(QLatin1Char('-')) ? std::optional(seed) : std::nullopt;
+}
+
+std::optional<QTime> toTimeOfDay(const QString& text)
+{
+    const QTime time = QTime::fromString(text, QStringLiteral("HH:mm:ss"));
+    return time.isValid() ? std::optional(time) : std::nullopt;
+}
+
+Options readOptions(Reader& reader)
+{
+    Options options;
+    options.headless = reader.isSet(headlessName);
+    options.offline = reader.isSet(offlineName);
+    options.trace = reader.isSet(traceName);
+    options.json = reader.isSet(jsonName);
+    options.shots = reader.value(shotsName, tr("a whole number of at least 1"), toCount);
+    options.cyclicSeconds = reader.value(cyclicName, tr("a number of seconds above 0"), toNumberAbove0);
+    options.seed =
+        reader.value(seedName, tr("a whole number from 0 to 18446744073709551615"), toSeed).value_or(options.seed);
+    options.scenarioFile = reader.file(scenarioName);
+    options.recordingFile = reader.file(recordingName);
+    options.componentFile = reader.file(componentName);
+    options.screenshotFile = reader.pngFile(screenshotName);
+    options.recordFile = reader.file(recordName);
+    options.recordedDefaults.frequency = reader.value(frequencyName, tr("a frequency in Hz above 0"), toNumberAbove0);
+    options.recordedDefaults.level = reader.value(levelName, tr("a level in dBµV"), toNumber);
+    options.recordedDefaults.quality = reader.value(qualityName, tr("a number of percent from 0 to 100"), toPercent);
+    options.recordedDefaults.time = reader.value(timeName, tr("a time of day as HH:MM:SS"), toTimeOfDay);
+    return options;
+}
+
+void checkConflicts(Reader& reader)
+{
+    reader.excludes(scenarioName, {recordingName});
+    reader.excludes(seedName, {recordingName});
+    reader.excludes(shotsName, {cyclicName});
+    reader.excludes(offlineName, {shotsName, cyclicName, scenarioName, recordingName, seedName, recordName});
+    for (const QString& name : {frequencyName, levelName, qualityName, timeName})
+        reader.needs(name, recordingName);
+    reader.needs(jsonName, headlessName);
+}
+
+QString helpText(const QCommandLineParser& parser, const QString& program)
+{
+    // Without an application object the parser does not know the program's name.
+    return parser.helpText().replace(QLatin1String("<executable_name>"), program);
+}
+
+} // namespace
+
+CommandLine readCommandLine(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        tr("Loads a DF/Locate component, gives it a network of direction finders and shows what it does.\n"
+           "Exit codes: 0 done, 1 the component could not be loaded or used, 2 bad options or files."));
+    addOptions(parser);
+
+    CommandLine commandLine;
+    if (!parser.parse(arguments)) {
+        commandLine.errors += parser.errorText();
+        return commandLine;
+    }
+    if (parser.isSet(helpName)) {
+        commandLine.informationText = helpText(parser, QStringLiteral("dflocate-workbench"));
+        return commandLine;
+    }
+    if (parser.isSet(versionName)) {
+        commandLine.informationText = QStringLiteral("dflocate-workbench " DFLOCATE_VERSION "\n");
+        return commandLine;
+    }
+
+    Reader reader(parser);
+    const QStringList others = parser.positionalArguments();
+    for (const QString& other : others)
+        reader.errors += tr("The argument \"%1\" belongs to no option.").arg(other);
+    commandLine.options = readOptions(reader);
+    checkConflicts(reader);
+    commandLine.errors = reader.errors;
+    return commandLine;
+}
+
+} // namespace workbench
