@@ -23,6 +23,9 @@ class GuiComponentCommon;
 /// often it is asked for. A null value, receiver or slot makes no relay. A relay ends by itself when the value, the
 /// receiver or this object goes.
 ///
+/// Links, global names and parameter sets are kept by the shared object: without one, and after it has gone, nothing is
+/// linked, published or reported. Relays and look-ups in the tree work all the same.
+///
 /// GUI thread only.
 class GUICOMPONENTBASE_EXPORT GuiComponentTools
 {

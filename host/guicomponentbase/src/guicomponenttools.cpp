@@ -1,0 +1,180 @@
+#include "guicomponentbase/guicomponenttools.h"
+
+#include "guicomponentcommonprivate.h"
+#include "valueframework/tree.h"
+#include "valuerelay.h"
+
+#include <QDir>
+#include <QPointer>
+
+namespace VelmarGui {
+
+class GuiComponentTools::Private
+{
+public:
+    Private(GuiComponentCommon* sharedObject, const QString& name)
+        : common(sharedObject)
+        , componentName(name)
+    {
+    }
+
+    void MakeRelay(values::ValueBase* value, QObject* receiver, const char* slot);
+    [[nodiscard]] GuiComponentCommon::Private::Key Key(const QString& localName) const
+    {
+        return {componentName, localName};
+    }
+
+    QPointer<GuiComponentCommon> common;
+    QString componentName;
+    bool offline = false;
+
+private:
+    [[nodiscard]] QList<ValueRelay*> Relays() const
+    {
+        return m_relayOwner.findChildren<ValueRelay*>(QString(), Qt::FindDirectChildrenOnly);
+    }
+
+    QObject m_relayOwner;
+};
+
+void GuiComponentTools::Private::MakeRelay(values::ValueBase* value, QObject* receiver, const char* slot)
+{
+    if (value == nullptr || slot == nullptr)
+        return;
+    const QList<ValueRelay*> relays = Relays();
+    for (ValueRelay* relay : relays) {
+        if (relay->IsOver())
+            delete relay; // its value's address may be in use again
+        else if (relay->Observes(value) && relay->Calls(receiver, slot))
+            return;
+    }
+    std::unique_ptr<ValueRelay> relay = SlotCaller::Make<ValueRelay>(receiver, slot, *value);
+    if (relay == nullptr)
+        return;
+    relay->setParent(&m_relayOwner);
+    QObject::connect(receiver, &QObject::destroyed, relay.get(), [ended = relay.get()] { delete ended; });
+    relay.release(); // the parent owns it now
+}
+
+GuiComponentTools::GuiComponentTools(GuiComponentCommon* common, const QString& componentName)
+    : d(std::make_unique<Private>(common, componentName))
+{
+}
+
+GuiComponentTools::~GuiComponentTools()
+{
+    if (d->common)
+        d->common->d->Forget(this);
+}
+
+void GuiComponentTools::SetParams(const QString& /*params*/) {}
+
+void GuiComponentTools::OnReloadedValues() {}
+
+GuiComponentCommon* GuiComponentTools::GetCommon() const
+{
+    return d->common;
+}
+
+QString GuiComponentTools::GetComponentPath() const
+{
+    return d->componentName;
+}
+
+QString GuiComponentTools::GetParameterPath() const
+{
+    return d->componentName + QLatin1String("Parameters/");
+}
+
+QString GuiComponentTools::GetGlobalPath() const
+{
+    return QStringLiteral("/GLOBAL/");
+}
+
+void GuiComponentTools::SetOffline(bool offline)
+{
+    d->offline = offline;
+}
+
+bool GuiComponentTools::IsOffline() const
+{
+    return d->offline;
+}
+
+void GuiComponentTools::AddValue(values::ValueBase* value, QObject* receiver, const char* slot)
+{
+    d->MakeRelay(value, receiver, slot);
+}
+
+values::ValueBase* GuiComponentTools::LinkValue(const QString& localName, const QString& path, QObject* receiver,
+                                                const char* slot)
+{
+    values::Tree* const tree = values::Tree::Instance();
+    values::ValueBase* const target = tree->FindValue(path);
+    values::ValueBase* const interfaceValue = tree->FindValue(GetComponentPath() + localName);
+    const bool possible =
+        target != nullptr && interfaceValue != nullptr && target->GetType() == interfaceValue->GetType() && d->common;
+    if (d->common)
+        d->common->d->SetLink(d->Key(localName), this, nullptr);
+    if (!possible)
+        return nullptr;
+    auto link = std::make_unique<ValueLink>(*target, *interfaceValue);
+    // Taking the content over tells the interface value's observers, who may do anything.
+    if (link->IsOver() || !d->common)
+        return nullptr;
+    d->common->d->SetLink(d->Key(localName), this, std::move(link));
+    d->MakeRelay(interfaceValue, receiver, slot);
+    return interfaceValue;
+}
+
+void GuiComponentTools::WritebackValue(const QString& localName)
+{
+    if (!d->common)
+        return;
+    if (ValueLink* const link = d->common->d->FindLink(d->Key(localName)))
+        link->Writeback();
+}
+
+void GuiComponentTools::AddGlobalValue(values::ValueBase* value, const QString& name, QObject* receiver,
+                                       const char* slot)
+{
+    if (value == nullptr)
+        return;
+    if (d->common)
+        d->common->d->SetGlobalValue(name, value);
+    d->MakeRelay(value, receiver, slot);
+}
+
+values::ValueBase* GuiComponentTools::ConnectGlobalValue(const QString& name, QObject* receiver, const char* slot)
+{
+    values::ValueBase* const value = GetGlobalValue(name);
+    d->MakeRelay(value, receiver, slot);
+    return value;
+}
+
+values::ValueBase* GuiComponentTools::GetGlobalValue(const QString& name) const
+{
+    values::ValueBase* const published = d->common ? d->common->d->FindGlobalValue(name) : nullptr;
+    return published != nullptr ? published : values::Tree::Instance()->FindValue(GetGlobalPath() + name);
+}
+
+void GuiComponentTools::AddParameterSet(const QString& name, QObject* receiver, const char* slot)
+{
+    if (d->common)
+        d->common->d->SetParameterSet(d->Key(name), this, SlotCaller::Make<SlotCaller>(receiver, slot));
+}
+
+void GuiComponentTools::UpdateParameterSet(const QString& name, const QString& xml)
+{
+    if (d->common)
+        d->common->d->parameterContents[d->Key(name)] = xml;
+}
+
+QString GuiComponentTools::GetPGXMLFilename(const QString& name, const QString& kind) const
+{
+    const QString file = QStringLiteral("%1_%2.xml").arg(name, kind);
+    const QString folder = d->common ? d->common->d->formFolder : QString();
+    return folder.isEmpty() ? file : QDir(folder).filePath(file);
+}
+
+} // namespace VelmarGui

@@ -1,0 +1,57 @@
+#include "guicomponentbase/iguicomponent.h"
+
+#include "guicomponentbase/ivelmarguiservice.h"
+
+IDllInstance::~IDllInstance() = default;
+
+namespace VelmarGui {
+
+IVelmarGuiService::~IVelmarGuiService() = default;
+IVelmarGuiUserInputControlService::~IVelmarGuiUserInputControlService() = default;
+
+IGuiComponent::IGuiComponent(const QString& name)
+    : m_name(name)
+{
+}
+
+IGuiComponent::~IGuiComponent() = default;
+
+QWidget* IGuiComponent::CreateWidget(GuiComponentCommon* /*common*/, const QString& /*componentName*/)
+{
+    return nullptr;
+}
+
+bool IGuiComponent::IsFirstToolBar()
+{
+    return false;
+}
+
+bool IGuiComponent::IsCompleteToolbarRow() const
+{
+    return false;
+}
+
+void IGuiComponent::RegisterVelmarGuiServices(GuiComponentCommon* /*common*/) {}
+
+void IGuiComponent::ConnectVelmarGuiServices(GuiComponentCommon* /*common*/) {}
+
+void IGuiComponent::ConnectInterfaceValues() {}
+
+void IGuiComponent::SglMdConnected(QString /*device*/) {}
+
+void IGuiComponent::SglMdInfoConnected() {}
+
+void IGuiComponent::SglReplayConnected(const QString& /*source*/) {}
+
+void IGuiComponent::CreateAndConnectInterfaceValues() {}
+
+void IGuiComponent::SglAboutToQuit() {}
+
+void IGuiComponent::ForceParameterApply() {}
+
+bool IGuiComponent::connectToDockWidgetPossible()
+{
+    return true;
+}
+
+} // namespace VelmarGui

@@ -1,0 +1,343 @@
+#include "valuewidgets/vcnumericfloatspin.h"
+
+#include "valuebinding.h"
+#include "valueedit.h"
+#include "valueframework/valueclasses/valuenumeric.h"
+#include "ztbase/brix/numbers.h"
+
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPointer>
+#include <QRegularExpression>
+#include <QScopedValueRollback>
+
+#include <algorithm>
+#include <cfloat>
+
+using values::DoubleValue;
+using values::IntValue;
+using values::ValueBase;
+
+namespace {
+
+struct Limits
+{
+    double min = 0.0;
+    double max = 0.0;
+    double step = 0.0;
+};
+
+template <typename Numeric>
+Limits limitsOf(const Numeric& value)
+{
+    return {static_cast<double>(value.GetMin()), static_cast<double>(value.GetMax()),
+            static_cast<double>(value.GetStep())};
+}
+
+bool isInteger(const ValueBase& value)
+{
+    return dynamic_cast<const IntValue*>(&value) != nullptr;
+}
+
+Limits limitsOf(const ValueBase& value)
+{
+    if (const auto* integer = dynamic_cast<const IntValue*>(&value))
+        return limitsOf(*integer);
+    return limitsOf(dynamic_cast<const DoubleValue&>(value));
+}
+
+double numberOf(const ValueBase& value)
+{
+    if (const auto* integer = dynamic_cast<const IntValue*>(&value))
+        return integer->GetValue();
+    return dynamic_cast<const DoubleValue&>(value).GetValue();
+}
+
+/// What an edit exchanges: the number and, when the edit brings the value into use, its state.
+struct NumericContent
+{
+    double number;
+    std::optional<values::TValueState> state;
+};
+
+bool setNumber(ValueBase* value, double number, IObserver* causer)
+{
+    if (auto* integer = dynamic_cast<IntValue*>(value))
+        return integer->SetValue(static_cast<int>(number), causer);
+    auto* const real = dynamic_cast<DoubleValue*>(value);
+    return real != nullptr && real->SetValue(number, causer);
+}
+
+bool Write(const ValueReference& reference, const NumericContent& content, IObserver* causer)
+{
+    ValueBase* const value = reference.Find();
+    if (value != nullptr && content.state)
+        value->SetState(*content.state, causer);
+    return setNumber(reference.Find(), content.number, causer); // found anew: the change of state may have ended it
+}
+
+QString textOf(double number)
+{
+    return values::FormatFloat<double>::ToText(number);
+}
+
+int decimalsOf(double number)
+{
+    const QString text = textOf(number);
+    const int point = text.indexOf(QLatin1Char('.'));
+    return point < 0 ? 0 : text.size() - point - 1;
+}
+
+/// @p from, @p steps steps further. 0.1 and 0.2 make 0.3 here: an operator counts in decimal digits.
+double stepped(double from, int steps, const Limits& limits)
+{
+    const double step = limits.step > 0.0 ? limits.step : 1.0;
+    const int decimals = std::max(decimalsOf(from), decimalsOf(step));
+    const double target = QString::number(from + steps * step, 'f', decimals).toDouble();
+    return std::clamp(target, limits.min, limits.max);
+}
+
+} // namespace
+
+class VCNumericFloatSpin::Private final : public ValueBinding
+{
+public:
+    Private(VCNumericFloatSpin& spin, bool editableWhenUnused)
+        : ValueBinding(spin)
+        , m_spin(spin)
+        , m_editableWhenUnused(editableWhenUnused)
+    {
+    }
+
+    /// @name Showing
+    /// @{
+    void ShowValue();
+    void ShowEverything();
+    /// @}
+
+    /// @name Editing
+    /// @{
+    [[nodiscard]] bool IsBeingEdited() const { return m_spin.lineEdit()->isModified(); }
+    /// The number typed, or the one shown when the text is none.
+    [[nodiscard]] double EditedNumber() const;
+    void FinishEditing();
+    void Step(int steps);
+    /// The base class has changed its number.
+    void NumberChanged(double number);
+    /// @}
+
+    [[nodiscard]] QString Stripped(const QString& text) const;
+
+protected:
+    bool Accepts(const ValueBase& value) const override
+    {
+        return isInteger(value) || dynamic_cast<const DoubleValue*>(&value) != nullptr;
+    }
+    void ValueExchanged() override { ShowEverything(); }
+    void ValueChanged(TChangeCode code) override;
+
+private:
+    void Edit(double number);
+
+    VCNumericFloatSpin& m_spin;
+    const bool m_editableWhenUnused;
+    bool m_isShowing = false; // the base class is given the value's number: what it emits now is no edit
+};
+
+void VCNumericFloatSpin::Private::ValueChanged(TChangeCode code)
+{
+    if (code == ChangeState) {
+        // Disabling the field makes the operator leave it, which must not write to a value just put out of use.
+        if (BoundValue()->GetState() == values::StateUnused && !m_editableWhenUnused)
+            ShowValue();
+        ShowAvailability(m_editableWhenUnused);
+    } else if ((code == ChangeContent || code == ChangeLimits) && !IsBeingEdited()) {
+        ShowValue();
+    }
+}
+
+void VCNumericFloatSpin::Private::ShowEverything()
+{
+    ShowValue();
+    ShowAvailability(m_editableWhenUnused);
+}
+
+/// Shows the value's number, or nothing without a value. Ends an edit under way.
+void VCNumericFloatSpin::Private::ShowValue()
+{
+    // As many decimals as there are: the base class must not round what it only shows.
+    constexpr int allDecimals = DBL_MAX_10_EXP + DBL_DIG;
+    const ValueBase* const value = BoundValue();
+    const Limits limits = value != nullptr ? limitsOf(*value) : Limits();
+    const double number = value != nullptr ? numberOf(*value) : 0.0;
+    const int decimals = value != nullptr && !isInteger(*value) ? allDecimals : 0;
+
+    const QScopedValueRollback<bool> showing(m_isShowing, true);
+    m_spin.lineEdit()->setModified(false);
+    if (m_spin.decimals() != decimals)
+        m_spin.setDecimals(decimals);
+    if (m_spin.minimum() != limits.min || m_spin.maximum() != limits.max)
+        m_spin.setRange(limits.min, limits.max);
+    if (m_spin.singleStep() != limits.step)
+        m_spin.setSingleStep(limits.step);
+    m_spin.setValue(number);
+}
+
+double VCNumericFloatSpin::Private::EditedNumber() const
+{
+    QString text = m_spin.lineEdit()->text();
+    int position = 0;
+    return m_spin.validate(text, position) == QValidator::Acceptable ? m_spin.valueFromText(text) : m_spin.value();
+}
+
+void VCNumericFloatSpin::Private::FinishEditing()
+{
+    if (!IsBeingEdited())
+        return;
+    const double number = EditedNumber();
+    if (number != m_spin.value())
+        Edit(number);
+    else
+        ShowValue();
+}
+
+void VCNumericFloatSpin::Private::Step(int steps)
+{
+    const ValueBase* const value = BoundValue();
+    if (value == nullptr)
+        return;
+    const double from = IsBeingEdited() ? EditedNumber() : numberOf(*value);
+    Edit(stepped(from, steps, limitsOf(*value)));
+}
+
+void VCNumericFloatSpin::Private::NumberChanged(double number)
+{
+    if (!m_isShowing)
+        Edit(number);
+}
+
+void VCNumericFloatSpin::Private::Edit(double number)
+{
+    ValueBase* const value = BoundValue();
+    if (value == nullptr) {
+        ShowEverything(); // the value was deleted without a word
+        return;
+    }
+    NumericContent before{numberOf(*value), std::nullopt};
+    NumericContent after{number, std::nullopt};
+    if (m_editableWhenUnused && value->GetState() == values::StateUnused) {
+        before.state = values::StateUnused;
+        after.state = values::StateOrdinary;
+    }
+    // The text is finished: whatever the value becomes in the course of the write is shown.
+    m_spin.lineEdit()->setModified(false);
+    const QPointer<VCNumericFloatSpin> spin(&m_spin);
+    if (after.number != before.number || after.state)
+        CarryOut(std::make_unique<ValueEdit<NumericContent>>(
+            *value, before, after, this, VCNumericFloatSpin::tr("%1: %2").arg(value->GetName(), textOf(number))));
+    if (spin)
+        ShowValue();
+}
+
+QString VCNumericFloatSpin::Private::Stripped(const QString& text) const
+{
+    QString number = text;
+    if (number.startsWith(m_spin.prefix()))
+        number.remove(0, m_spin.prefix().size());
+    if (number.endsWith(m_spin.suffix()))
+        number.chop(m_spin.suffix().size());
+    return number.trimmed();
+}
+
+VCNumericFloatSpin::VCNumericFloatSpin(QWidget* parent, bool editableWhenUnused)
+    : QDoubleSpinBox(parent)
+    , d(std::make_unique<Private>(*this, editableWhenUnused))
+{
+    setKeyboardTracking(false);
+    d->ShowEverything();
+    connect(this, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
+            [this](double number) { d->NumberChanged(number); });
+}
+
+VCNumericFloatSpin::~VCNumericFloatSpin() = default;
+
+void VCNumericFloatSpin::SetNumeric(ValueBase* numeric)
+{
+    d->BindTo(numeric);
+}
+
+void VCNumericFloatSpin::SetNumeric_ValuePath(const QString& path)
+{
+    d->BindToPath(path);
+}
+
+ValueBase* VCNumericFloatSpin::GetNumeric() const
+{
+    return d->BoundValue();
+}
+
+QString VCNumericFloatSpin::textFromValue(double value) const
+{
+    return d->BoundValue() != nullptr ? textOf(value) : QString();
+}
+
+double VCNumericFloatSpin::valueFromText(const QString& text) const
+{
+    bool ok = false;
+    const double number = Brix::toDoubleEx(d->Stripped(text), &ok);
+    return ok ? number : value();
+}
+
+QValidator::State VCNumericFloatSpin::validate(QString& text, int& /*position*/) const
+{
+    const ValueBase* const value = d->BoundValue();
+    if (value == nullptr)
+        return QValidator::Invalid;
+    static const QRegularExpression integer(QStringLiteral("^-?\\d*$"));
+    static const QRegularExpression real(QStringLiteral("^-?\\d*[.,]?\\d*$"));
+    const Limits limits = limitsOf(*value);
+    const QString typed = d->Stripped(text);
+    const bool isWellFormed = (isInteger(*value) ? integer : real).match(typed).hasMatch();
+    if (!isWellFormed || (typed.startsWith(QLatin1Char('-')) && limits.min >= 0.0))
+        return QValidator::Invalid;
+    bool ok = false;
+    const double number = Brix::toDoubleEx(typed, &ok);
+    if (!ok) // so far there is no digit, or there are more than any number has
+        return typed.size() <= 2 ? QValidator::Intermediate : QValidator::Invalid;
+    if (number >= limits.min && number <= limits.max)
+        return QValidator::Acceptable;
+    // More digits only lead further away from zero.
+    const bool isTooFar = number < 0.0 ? number < limits.min : number > limits.max;
+    return isTooFar ? QValidator::Invalid : QValidator::Intermediate;
+}
+
+void VCNumericFloatSpin::stepBy(int steps)
+{
+    const QPointer<VCNumericFloatSpin> self(this);
+    d->Step(steps);
+    if (self)
+        selectAll();
+}
+
+void VCNumericFloatSpin::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape && d->IsBeingEdited()) {
+        d->ShowValue();
+        event->accept();
+        return;
+    }
+    const QPointer<VCNumericFloatSpin> self(this);
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        d->FinishEditing();
+    if (self)
+        QDoubleSpinBox::keyPressEvent(event);
+}
+
+void VCNumericFloatSpin::focusOutEvent(QFocusEvent* event)
+{
+    const QPointer<VCNumericFloatSpin> self(this);
+    d->FinishEditing();
+    if (self)
+        QDoubleSpinBox::focusOutEvent(event);
+}
