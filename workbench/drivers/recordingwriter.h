@@ -14,6 +14,7 @@ namespace workbench {
 class RecordingWriter
 {
 public:
+    /// Makes ready to write; errorString() tells at once when the place cannot be written to.
     explicit RecordingWriter(const QString& file);
 
     /// Adds a result as the next shot, counted from 1. False, with nothing of it added and no shot counted, when it
@@ -21,14 +22,14 @@ public:
     bool append(const DfResult& result);
     /// Puts the file in its place. False when that fails; to be called once.
     bool commit();
-    /// Why the last operation failed: file and reason.
+    /// Why the last operation failed: file and reason. Empty when it succeeded.
     [[nodiscard]] QString errorString() const { return m_error; }
 
 private:
     bool fail(const QString& reason);
+    bool write(const QByteArray& text);
 
     QSaveFile m_file;
-    QByteArray m_text;
     QString m_error;
     int m_shots = 0;
 };

@@ -57,25 +57,31 @@ private:
     struct Signal
     {
         const ScenarioEmitter* emitter = nullptr;
-        GeoPosition position; ///< of the emitter
-        double level = 0.0;   ///< dBµV
         double azimuth = 0.0; ///< true bearing, degrees
+        double level = 0.0;   ///< dBµV
     };
-    using Average = std::complex<double>;
+    /// Bearings of one station on one emitter, averaged as directions.
+    struct Average
+    {
+        const ScenarioEmitter* emitter = nullptr;
+        std::complex<double> direction;
+    };
 
     void answer(const DfRequest& request) override;
     [[nodiscard]] DfResult measureNow(const DfRequest& request);
-    void measureStation(const ScenarioStation& station, const DfRequest& request, Chance chance, StationResult& result,
-                        std::map<const ScenarioEmitter*, int>& bearings);
-    [[nodiscard]] DfError obstacle(const ScenarioStation& station, const DfRequest& request, Chance chance) const;
+    [[nodiscard]] Chance drawChance();
+    [[nodiscard]] DfError obstacle(const ScenarioStation& station, double frequency, Chance chance) const;
     [[nodiscard]] std::optional<Signal> strongestSignal(const ScenarioStation& station, const DfRequest& request) const;
-    [[nodiscard]] double averagedBearing(int stationId, const Signal& signal, double bearing);
+    [[nodiscard]] double averagedAzimuth(int stationId, const ScenarioEmitter* emitter, double azimuth);
+    [[nodiscard]] std::optional<TrueEmitter> truth(const std::vector<const ScenarioEmitter*>& bearingsOn) const;
     [[nodiscard]] double secondsSinceStart() const;
 
     Scenario m_scenario;
     NoiseGenerator m_noise;
     QElapsedTimer m_realClock;
     qint64 m_simulatedMs = 0;
+    std::map<int, Average> m_averages; // by station
+    DfRequest m_averagedRequest;
 };
 
 } // namespace workbench

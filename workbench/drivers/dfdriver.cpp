@@ -1,0 +1,670 @@
+#include "drivers/dfdriver.h"
+
+#include "drivers/configtable.h"
+#include "drivers/dfsource.h"
+#include "drivers/geodesy.h"
+#include "drivers/statustext.h"
+
+#include "valueframework/valueclasses/valueobservermacros.h"
+
+#include <QPointer>
+#include <QTimer>
+
+#include <algorithm>
+#include <cmath>
+#include <list>
+
+namespace workbench {
+
+namespace {
+
+using values::BoolValue;
+using values::DoubleValue;
+using values::IntValue;
+using values::StringValue;
+using values::ValueSelection;
+
+constexpr QLatin1String globalRoot("/GLOBAL/");
+constexpr QLatin1String hriStatusPath("/DRV/DRIVER/DFLOCATE/LocateHRIStatus");
+constexpr QLatin1String translationNamespace("DFLocateHandler");
+
+/// At most one result a frame is written: more nobody can see.
+constexpr int frameMs = 16;
+
+/// The sizes of the item lists are known, so creation needs no look at what is there: a value that was there before
+/// gets the same content as a new one.
+void setUpList(ValueSelection* selection, const ItemList& list, int currentKey)
+{
+    if (selection == nullptr)
+        return;
+    selection->DeleteItems();
+    for (int key = 0; key < list.count; ++key)
+        selection->AddItem(QString::fromLatin1(list.items[key].text), list.items[key].number, key);
+    selection->Select(currentKey);
+    selection->SetState(values::StateOrdinary, nullptr);
+}
+
+template <typename Number, typename NumericValue>
+void setUpNumber(NumericValue* value, const ConfigEntry& entry)
+{
+    if (value == nullptr)
+        return;
+    value->SetMinMax(static_cast<Number>(entry.min), static_cast<Number>(entry.max), static_cast<Number>(entry.step),
+                     nullptr);
+    value->SetValue(static_cast<Number>(entry.initial), nullptr);
+    value->SetState(entry.state, nullptr);
+}
+
+QString fixed(double number, int decimals)
+{
+    return QString::number(number, 'f', decimals);
+}
+
+/// What is nearly 360 is 0 in the precision in which it is shown.
+std::optional<double> shownAzimuth(const StationResult& station)
+{
+    constexpr double stepsPerDegree = 10.0;
+    if (!station.azimuth)
+        return std::nullopt;
+    return geodesy::normalizedAzimuth(std::round(*station.azimuth * stepsPerDegree) / stepsPerDegree);
+}
+
+std::optional<double> latitudeOf(const StationResult& station)
+{
+    return station.position ? std::optional(station.position->latitude) : std::nullopt;
+}
+
+std::optional<double> longitudeOf(const StationResult& station)
+{
+    return station.position ? std::optional(station.position->longitude) : std::nullopt;
+}
+
+QString resultTimeText(const DfResult& result)
+{
+    if (!result.date.isValid() || !result.time.isValid())
+        return {};
+    return result.date.toString(QStringLiteral("yyyy-MM-dd")) + result.time.toString(QStringLiteral(" hh:mm:ss"));
+}
+
+} // namespace
+
+class DfDriver::Private final : public IObserver
+{
+public:
+    Private(DfDriver* driver, std::unique_ptr<DfSource> source, const QString& handlerRoot,
+            const QString& parameterRoot);
+    ~Private() override;
+
+    void Update(Observable* changed, TChangeCode code) override;
+
+    [[nodiscard]] DfSource& source() const { return *m_source; }
+    [[nodiscard]] bool isRunning() const { return m_isMeasuring || m_isCyclic; }
+    [[nodiscard]] bool isCyclic() const { return m_isCyclic; }
+
+private:
+    using SelectionPtr = values::ValuePtr<ValueSelection>;
+    using NumberOf = std::optional<double> (*)(const StationResult&);
+
+    // Every write below may be answered by an observer that deletes this driver: whoever does something after a write
+    // looks at this first.
+    using Alive = QPointer<DfDriver>;
+
+    template <typename T>
+    T* provide(const QString& path);
+    void provideConfig(const QString& handlerRoot);
+    void provideResults(const QString& resultRoot);
+    void provideGlobals();
+
+    void obey(int command);
+    void startSingle();
+    void startCyclic();
+    void stopCyclic();
+    void beginMeasurement();
+    [[nodiscard]] DfRequest request() const;
+
+    void onMeasured(const DfResult& result);
+    void onFailed(const QString& reason);
+    void publishPending();
+    void publish(DfResult result);
+
+    void writeFrequency(const DfResult& result);
+    void writeQualityThreshold(const DfResult& result);
+    void writeAverageLongitude(const DfResult& result);
+    void writeAverageLatitude(const DfResult& result);
+    void writeLatitudes(const DfResult& result);
+    void writeLongitudes(const DfResult& result);
+    void writeLevels(const DfResult& result);
+    void writeStations(const DfResult& result);
+    void writeAzimuths(const DfResult& result);
+    void writeErrors(const DfResult& result);
+    void writeQualities(const DfResult& result);
+    void writeResultTime(const DfResult& result);
+    void announceErrors(const DfResult& result);
+    void writeNumbers(const SelectionPtr& selection, const DfResult& result, NumberOf numberOf, int decimals,
+                      std::vector<TChangeCode> codes);
+
+    void followSelectedStation();
+    void writeStatus();
+    void writeRunning();
+    void writeCyclicStarted();
+    [[nodiscard]] int selectedStation() const;
+
+    DfDriver* m_driver;
+    std::unique_ptr<DfSource> m_source;
+    QTimer m_frame; // runs for a frame after each result written
+    std::optional<DfResult> m_pending;
+    bool m_isMeasuring = false;
+    bool m_isCyclic = false;
+    bool m_isPublishing = false;
+
+    std::list<values::ValuePtr<values::ValueBase>> m_created;
+    values::ValueObservingPtr<ValueSelection> m_commands{this};
+    values::ValuePtr<DoubleValue> m_frequency;
+    values::ValuePtr<DoubleValue> m_frequencyOffset;
+    values::ValuePtr<IntValue> m_configQuality;
+    values::ValuePtr<IntValue> m_configThreshold;
+    SelectionPtr m_mode;
+    SelectionPtr m_bandwidth;
+    SelectionPtr m_averageTime;
+    values::ValuePtr<BoolValue> m_deviceReady;
+    values::ValuePtr<BoolValue> m_running;
+    values::ValuePtr<BoolValue> m_cyclicStarted;
+    values::ValuePtr<StringValue> m_status;
+    values::ValuePtr<StringValue> m_hriStatus;
+    values::ValuePtr<StringValue> m_resultFrequency;
+    values::ValuePtr<StringValue> m_resultTime;
+    values::ValuePtr<IntValue> m_qualityThreshold;
+    values::ValuePtr<DoubleValue> m_averageLongitude;
+    values::ValuePtr<DoubleValue> m_averageLatitude;
+    values::ValueObservingPtr<ValueSelection> m_selectedDf{this};
+    SelectionPtr m_azimuth;
+    SelectionPtr m_quality;
+    SelectionPtr m_level;
+    SelectionPtr m_errors;
+    SelectionPtr m_latitude;
+    SelectionPtr m_longitude;
+};
+
+DfDriver::Private::Private(DfDriver* driver, std::unique_ptr<DfSource> source, const QString& handlerRoot,
+                           const QString& parameterRoot)
+    : m_driver(driver)
+    , m_source(std::move(source))
+{
+    m_frame.setSingleShot(true);
+    m_frame.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&m_frame, &QTimer::timeout, m_driver, [this] { publishPending(); });
+    QObject::connect(m_source.get(), &DfSource::measured, m_driver,
+                     [this](const DfResult& result) { onMeasured(result); });
+    QObject::connect(m_source.get(), &DfSource::failed, m_driver, [this](const QString& reason) { onFailed(reason); });
+
+    provideConfig(handlerRoot);
+    provideResults(handlerRoot + QLatin1String("Values/Result/"));
+    for (const char* name : {"Enabled", "Values/DFLocateAllowed"}) {
+        if (auto* value = provide<BoolValue>(handlerRoot + QLatin1String(name)))
+            value->SetValue(true, nullptr);
+    }
+    auto* commands = provide<ValueSelection>(handlerRoot + QLatin1String("Values/Commands"));
+    setUpList(commands, listOf(commandItems), commandNone);
+    m_running.Assign(provide<BoolValue>(handlerRoot + QLatin1String("DFRunning")));
+    m_cyclicStarted.Assign(provide<BoolValue>(handlerRoot + QLatin1String("Values/Result/CyclicLocateStarted")));
+    if (auto* hriRunning = provide<BoolValue>(handlerRoot + QLatin1String("Values/Status/LocateHRIRunning")))
+        hriRunning->SetValue(false, nullptr);
+    writeRunning();
+    writeCyclicStarted();
+    m_status.Assign(provide<StringValue>(handlerRoot + QLatin1String("Values/Status/LocateStatus")));
+    m_hriStatus.Assign(provide<StringValue>(hriStatusPath));
+    writeStatus();
+    for (const char* name : {"DF_Settings", "DFLOCATE/ToDriver"})
+        provide<StringValue>(parameterRoot + QLatin1String(name));
+    m_commands.Assign(commands);
+    provideGlobals();
+}
+
+DfDriver::Private::~Private()
+{
+    m_commands.Assign(nullptr);
+    m_selectedDf.Assign(nullptr);
+    m_source->disconnect(m_driver);
+    m_frame.stop();
+    m_source->cancel();
+    if (m_deviceReady)
+        m_deviceReady->SetValue(false, this);
+    while (!m_created.empty()) {
+        m_created.back().Release();
+        m_created.pop_back();
+    }
+}
+
+/// The value at @p path, made when there is none. Null when a value of another kind is there; the driver goes without.
+template <typename T>
+T* DfDriver::Private::provide(const QString& path)
+{
+    if (values::ValueBase* const there = values::Tree::Instance()->FindValue(path))
+        return dynamic_cast<T*>(there);
+    T* const value = values::CreateOrLink<T>(path);
+    value->SetTranslationNamespace(translationNamespace);
+    m_created.emplace_back().Assign(value);
+    return value;
+}
+
+void DfDriver::Private::provideConfig(const QString& handlerRoot)
+{
+    for (const ConfigEntry& entry : configTable) {
+        const QString path = handlerRoot + QLatin1String(entry.path);
+        switch (entry.type) {
+        case values::TypeBool:
+            if (auto* value = provide<BoolValue>(path))
+                value->SetValue(entry.initial != 0.0, nullptr);
+            break;
+        case values::TypeInt:
+            setUpNumber<int>(provide<IntValue>(path), entry);
+            break;
+        case values::TypeDouble:
+            setUpNumber<double>(provide<DoubleValue>(path), entry);
+            break;
+        case values::TypeSelection:
+            setUpList(provide<ValueSelection>(path), entry.list, static_cast<int>(entry.initial));
+            break;
+        case values::TypeString:
+            break;
+        }
+    }
+    const QString configRoot = handlerRoot + QLatin1String("Config/");
+    LinkByPath(m_frequencyOffset, configRoot + QLatin1String("DFFrequencyOffset"));
+    LinkByPath(m_configQuality, configRoot + QLatin1String("Quality"));
+    LinkByPath(m_configThreshold, configRoot + QLatin1String("Threshold"));
+    LinkByPath(m_mode, configRoot + QLatin1String("Mode"));
+    LinkByPath(m_bandwidth, configRoot + QLatin1String("Bandwidth"));
+    LinkByPath(m_averageTime, configRoot + QLatin1String("AverageTime"));
+}
+
+void DfDriver::Private::provideResults(const QString& resultRoot)
+{
+    const auto selection = [&](const char* name) {
+        auto* value = provide<ValueSelection>(resultRoot + QLatin1String(name));
+        if (value != nullptr)
+            value->DeleteItems();
+        return value;
+    };
+    const auto text = [&](const char* name) {
+        auto* value = provide<StringValue>(resultRoot + QLatin1String(name));
+        if (value != nullptr)
+            value->SetValue(QString(), nullptr);
+        return value;
+    };
+    const auto averagePosition = [&](const char* name) {
+        auto* value = provide<DoubleValue>(resultRoot + QLatin1String(name));
+        if (value != nullptr)
+            value->SetState(values::StateUnused, nullptr);
+        return value;
+    };
+    m_resultFrequency.Assign(text("Frequency"));
+    m_qualityThreshold.Assign(provide<IntValue>(resultRoot + QLatin1String("QualityThreshold")));
+    m_averageLongitude.Assign(averagePosition("AveragePositionLongitude"));
+    m_averageLatitude.Assign(averagePosition("AveragePositionLatitude"));
+    m_latitude.Assign(selection("DFLatitude"));
+    m_longitude.Assign(selection("DFLongitude"));
+    m_level.Assign(selection("Level"));
+    m_azimuth.Assign(selection("Azimuth"));
+    m_errors.Assign(selection("Errors"));
+    m_quality.Assign(selection("Quality"));
+    m_resultTime.Assign(text("ResultTime"));
+    // A missing quality counts as 0 and would pass a threshold of 0: before the first result there is nothing to show.
+    if (m_qualityThreshold)
+        m_qualityThreshold->SetValue(1, nullptr);
+    auto* selectedDf = selection("SelectedDF");
+    if (selectedDf != nullptr) {
+        for (const StationInfo& station : m_source->stations())
+            selectedDf->AddItem(station.name, 0.0, station.id);
+        selectedDf->SelectIndex(0);
+    }
+    m_selectedDf.Assign(selectedDf);
+}
+
+void DfDriver::Private::provideGlobals()
+{
+    m_frequency.Assign(provide<DoubleValue>(globalRoot + QLatin1String("Frequency")));
+    if (m_frequency) {
+        m_frequency->SetMin(0.0, nullptr);
+        m_frequency->SetValue(m_source->initialFrequency().value_or(0.0), nullptr);
+    }
+    setUpList(provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfBandwidth")), listOf(bandwidthItems),
+              bandwidthKey12kHz);
+    setUpList(provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfAveraging")), listOf(averagingItems), 0);
+    setUpList(provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfMode")), listOf(modeItems), 0);
+    // Last: whoever is told that the device is ready reads its lists.
+    m_deviceReady.Assign(provide<BoolValue>(globalRoot + QLatin1String("DfDeviceReady")));
+    if (m_deviceReady)
+        m_deviceReady->SetValue(true, this);
+}
+
+void DfDriver::Private::Update(Observable* changed, TChangeCode code)
+{
+    if (code != ChangeContent)
+        return;
+    if (changed == m_commands.get())
+        obey(m_commands->GetCurrentKey());
+    else if (changed == m_selectedDf.get())
+        followSelectedStation();
+}
+
+void DfDriver::Private::obey(int command)
+{
+    switch (command) {
+    case commandStartSingleDf:
+        startSingle();
+        break;
+    case commandStartCyclicDf:
+        startCyclic();
+        break;
+    case commandStopCyclicDf:
+        stopCyclic();
+        break;
+    default:
+        break;
+    }
+}
+
+void DfDriver::Private::startSingle()
+{
+    beginMeasurement();
+    writeRunning();
+}
+
+void DfDriver::Private::startCyclic()
+{
+    const Alive alive(m_driver);
+    m_isCyclic = true;
+    beginMeasurement();
+    writeCyclicStarted();
+    if (alive)
+        writeRunning();
+}
+
+void DfDriver::Private::stopCyclic()
+{
+    if (!m_isCyclic)
+        return;
+    const Alive alive(m_driver);
+    m_isCyclic = false;
+    m_isMeasuring = false;
+    m_pending.reset();
+    m_source->cancel();
+    writeCyclicStarted();
+    if (alive)
+        writeRunning();
+}
+
+/// A measurement under way is as good as a new one.
+void DfDriver::Private::beginMeasurement()
+{
+    if (m_isMeasuring)
+        return;
+    m_isMeasuring = true;
+    m_source->measure(request());
+}
+
+DfRequest DfDriver::Private::request() const
+{
+    DfRequest request;
+    if (m_frequency && m_frequency->GetValue() > 0.0)
+        request.frequency = m_frequency->GetValue() + (m_frequencyOffset ? m_frequencyOffset->GetValue() : 0.0);
+    if (m_bandwidth)
+        request.bandwidth = m_bandwidth->GetCurrentValue();
+    if (m_averageTime)
+        request.averaging = m_averageTime->GetCurrentValue();
+    if (m_mode)
+        request.mode = m_mode->GetStringValue();
+    if (m_configThreshold && m_configThreshold->GetState() == values::StateOrdinary)
+        request.levelThreshold = m_configThreshold->GetValue();
+    return request;
+}
+
+void DfDriver::Private::onMeasured(const DfResult& result)
+{
+    if (!m_isMeasuring)
+        return;
+    m_pending = result;
+    if (!m_frame.isActive())
+        publishPending();
+}
+
+void DfDriver::Private::onFailed(const QString& reason)
+{
+    if (!m_isMeasuring)
+        return;
+    const Alive alive(m_driver);
+    m_isMeasuring = false;
+    m_isCyclic = false;
+    m_pending.reset();
+    writeCyclicStarted();
+    if (alive)
+        writeRunning();
+    if (alive)
+        emit m_driver->measurementFailed(reason);
+}
+
+void DfDriver::Private::publishPending()
+{
+    // An observer of a result may run an event loop of its own; what comes meanwhile waits for its turn.
+    if (m_isPublishing || !m_pending)
+        return;
+    publish(*std::exchange(m_pending, std::nullopt));
+}
+
+void DfDriver::Private::publish(DfResult result)
+{
+    // Readers hang on this order: each finds what it needs already there when it is told, the display of errors, which
+    // stands above that of times, last.
+    static constexpr void (Private::*steps[])(const DfResult&) = {
+        &Private::writeFrequency,       &Private::writeQualityThreshold, &Private::writeAverageLongitude,
+        &Private::writeAverageLatitude, &Private::writeLatitudes,        &Private::writeLongitudes,
+        &Private::writeLevels,          &Private::writeStations,         &Private::writeAzimuths,
+        &Private::writeErrors,          &Private::writeQualities,        &Private::writeResultTime,
+        &Private::announceErrors,
+    };
+    const Alive alive(m_driver);
+    m_isMeasuring = false;
+    m_isPublishing = true;
+    for (const auto step : steps) {
+        (this->*step)(result);
+        if (!alive)
+            return;
+    }
+    m_isPublishing = false;
+    m_frame.start(frameMs);
+    writeStatus();
+    if (!alive)
+        return;
+    if (m_isCyclic)
+        beginMeasurement();
+    writeRunning();
+    if (alive)
+        emit m_driver->resultPublished(result);
+}
+
+void DfDriver::Private::writeFrequency(const DfResult& result)
+{
+    if (m_resultFrequency)
+        m_resultFrequency->SetValue(result.frequency ? fixed(*result.frequency, 0) : QString(), this);
+}
+
+void DfDriver::Private::writeQualityThreshold(const DfResult& /*result*/)
+{
+    const bool isInUse = m_configQuality && m_configQuality->GetState() == values::StateOrdinary;
+    if (m_qualityThreshold)
+        m_qualityThreshold->SetValue(isInUse ? m_configQuality->GetValue() : 0, this);
+}
+
+// No network locates yet, so no result has a fix.
+void DfDriver::Private::writeAverageLongitude(const DfResult& /*result*/)
+{
+    if (m_averageLongitude)
+        m_averageLongitude->SetState(values::StateUnused, this);
+}
+
+void DfDriver::Private::writeAverageLatitude(const DfResult& /*result*/)
+{
+    if (m_averageLatitude)
+        m_averageLatitude->SetState(values::StateUnused, this);
+}
+
+void DfDriver::Private::writeLatitudes(const DfResult& result)
+{
+    writeNumbers(m_latitude, result, latitudeOf, 6, {ChangeItems});
+}
+
+void DfDriver::Private::writeLongitudes(const DfResult& result)
+{
+    writeNumbers(m_longitude, result, longitudeOf, 6, {ChangeItems});
+}
+
+void DfDriver::Private::writeLevels(const DfResult& result)
+{
+    writeNumbers(m_level, result, [](const StationResult& station) { return station.level; }, 1, {ChangeItems});
+}
+
+void DfDriver::Private::writeStations(const DfResult& result)
+{
+    if (!m_selectedDf)
+        return;
+    const int key = selectedStation();
+    const bool keepsKey = std::any_of(result.stations.begin(), result.stations.end(),
+                                      [key](const StationResult& station) { return station.stationId == key; });
+    std::vector<TChangeCode> codes{ChangeItems};
+    if (!keepsKey)
+        codes.push_back(ChangeContent);
+    const values::ValueTransaction transaction = m_selectedDf->CreateTransaction(std::move(codes), this);
+    m_selectedDf->DeleteItems(this);
+    for (const StationResult& station : result.stations)
+        m_selectedDf->AddItem(station.stationName, 0.0, station.stationId, this);
+    if (keepsKey)
+        m_selectedDf->Select(key, this);
+    else
+        m_selectedDf->SelectIndex(0, this);
+}
+
+void DfDriver::Private::writeAzimuths(const DfResult& result)
+{
+    writeNumbers(m_azimuth, result, shownAzimuth, 1, {ChangeItems});
+}
+
+void DfDriver::Private::writeErrors(const DfResult& result)
+{
+    if (!m_errors)
+        return;
+    const values::ValueTransaction transaction = m_errors->CreateTransaction({ChangeItems}, this);
+    m_errors->DeleteItems(this);
+    for (const StationResult& station : result.stations) {
+        const int code = static_cast<int>(station.error);
+        m_errors->AddItem(code == 0 ? QString() : QString::number(code), code, station.stationId, this);
+    }
+    m_errors->Select(selectedStation(), this);
+}
+
+void DfDriver::Private::writeQualities(const DfResult& result)
+{
+    writeNumbers(m_quality, result, [](const StationResult& station) { return station.quality; }, 0,
+                 {ChangeItems, ChangeContent});
+}
+
+/// Announces every result once, also when two of them come within a second and when no time is known.
+void DfDriver::Private::writeResultTime(const DfResult& result)
+{
+    if (!m_resultTime)
+        return;
+    const values::ValueTransaction transaction = m_resultTime->CreateTransaction({ChangeContent, ChangeExternal}, this);
+    m_resultTime->SetValue(resultTimeText(result), this);
+}
+
+void DfDriver::Private::announceErrors(const DfResult& /*result*/)
+{
+    if (m_errors)
+        m_errors->HasChanged(ChangeContent, this);
+}
+
+/// Gives @p selection one item for each station that has such a number, and the selected station's as the current one.
+void DfDriver::Private::writeNumbers(const SelectionPtr& selection, const DfResult& result, NumberOf numberOf,
+                                     int decimals, std::vector<TChangeCode> codes)
+{
+    if (!selection)
+        return;
+    const values::ValueTransaction transaction = selection->CreateTransaction(std::move(codes), this);
+    selection->DeleteItems(this);
+    for (const StationResult& station : result.stations) {
+        if (const std::optional<double> number = numberOf(station))
+            selection->AddItem(fixed(*number, decimals), *number, station.stationId, this);
+    }
+    selection->Select(selectedStation(), this);
+}
+
+/// Where the newly selected station has no item, no other station's may stay current: it would be taken for its own.
+void DfDriver::Private::followSelectedStation()
+{
+    const Alive alive(m_driver);
+    const int key = selectedStation();
+    for (const SelectionPtr* selection : {&m_azimuth, &m_quality, &m_level, &m_errors, &m_latitude, &m_longitude}) {
+        if (!*selection || (*selection)->GetCurrentKey() == ValueSelection::NoKey ||
+            (*selection)->GetItemIndex(key) >= 0)
+            continue;
+        ValueSelection withoutCurrent;
+        withoutCurrent.AddItemsFrom(*selection->get());
+        (*selection)->Assign(withoutCurrent, this);
+        if (!alive)
+            return;
+    }
+}
+
+void DfDriver::Private::writeStatus()
+{
+    const Alive alive(m_driver);
+    const QString status = statusText(m_source->stations());
+    const QString hriStatus = statusText(m_source->hriStations());
+    if (m_status && m_status->GetValue() != status)
+        m_status->SetValue(status, this);
+    if (alive && m_hriStatus && m_hriStatus->GetValue() != hriStatus)
+        m_hriStatus->SetValue(hriStatus, this);
+}
+
+void DfDriver::Private::writeRunning()
+{
+    if (m_running && m_running->GetValue() != isRunning())
+        m_running->SetValue(isRunning(), this);
+}
+
+void DfDriver::Private::writeCyclicStarted()
+{
+    if (m_cyclicStarted && m_cyclicStarted->GetValue() != m_isCyclic)
+        m_cyclicStarted->SetValue(m_isCyclic, this);
+}
+
+int DfDriver::Private::selectedStation() const
+{
+    return m_selectedDf ? m_selectedDf->GetCurrentKey() : static_cast<int>(ValueSelection::NoKey);
+}
+
+DfDriver::DfDriver(std::unique_ptr<DfSource> source, const QString& handlerRoot, const QString& parameterRoot,
+                   QObject* parent)
+    : QObject(parent)
+    , d(std::make_unique<Private>(this, std::move(source), handlerRoot, parameterRoot))
+{
+}
+
+DfDriver::~DfDriver() = default;
+
+DfSource& DfDriver::source() const
+{
+    return d->source();
+}
+
+bool DfDriver::isRunning() const
+{
+    return d->isRunning();
+}
+
+bool DfDriver::isCyclic() const
+{
+    return d->isCyclic();
+}
+
+} // namespace workbench
