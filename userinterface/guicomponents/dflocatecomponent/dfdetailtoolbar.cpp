@@ -38,20 +38,15 @@ constexpr int stationComboMaximumWidth = 120;
 constexpr int numberLabelWidth = 36;
 constexpr int timeLabelWidth = 60;
 
-QString sourceName()
-{
-    return QStringLiteral("userinterface/guicomponents/dflocatecomponent/dfdetailtoolbar");
-}
+// Not a literal QString: the host may keep traces for longer than this library is loaded.
+constexpr QLatin1String sourceFile("userinterface/guicomponents/dflocatecomponent/dfdetailtoolbar");
 
-QString nothingToShow()
-{
-    return QStringLiteral("---");
-}
+constexpr QLatin1String nothingToShow("---");
 
 QString textWithUnit(const values::ValueSelection* selection, const QString& unit)
 {
     const values::SelectionItem* const item = selection != nullptr ? selection->GetCurrentItem() : nullptr;
-    return item != nullptr ? item->GetName() + unit : nothingToShow();
+    return item != nullptr ? item->GetName() + unit : QString(nothingToShow);
 }
 
 /// The quality in whole percent; 0 when there is none that can be read.
@@ -128,7 +123,7 @@ void DFDetailToolbar::AddStationCombo()
 QLabel* DFDetailToolbar::AddResultLabel(const QString& objectName, const QString& toolTip, int width,
                                         Qt::Alignment horizontal)
 {
-    auto* const label = new QLabel(nothingToShow(), m_pToolBar);
+    auto* const label = new QLabel(nothingToShow, m_pToolBar);
     label->setObjectName(objectName);
     label->setToolTip(toolTip);
     label->setFixedWidth(width);
@@ -154,7 +149,7 @@ void DFDetailToolbar::AddDetailedResultsButton()
 
 void DFDetailToolbar::Update(Observable* source, TChangeCode code)
 {
-    runEntry("DFDetailToolbar::Update", sourceName(), __LINE__, [this, source, code] {
+    runEntry("DFDetailToolbar::Update", sourceFile, __LINE__, [this, source, code] {
         if (code == ItemsChanged) {
             if (isBoundTo(m_selectedDf, source))
                 ShowSelectedStation();
@@ -214,8 +209,9 @@ void DFDetailToolbar::UpdateLabels()
     if (!m_quality || !m_qualityThreshold)
         return;
     const bool goodEnough = m_qualityThreshold->GetValue() <= wholePercent(*m_quality.get());
-    m_pBearingLabel->setText(goodEnough ? textWithUnit(m_azimuth.get(), QString(QChar(0x00B0))) : nothingToShow());
-    m_pQualityLabel->setText(goodEnough ? textWithUnit(m_quality.get(), QStringLiteral("%")) : nothingToShow());
+    m_pBearingLabel->setText(goodEnough ? textWithUnit(m_azimuth.get(), QString(QChar(0x00B0)))
+                                        : QString(nothingToShow));
+    m_pQualityLabel->setText(goodEnough ? textWithUnit(m_quality.get(), QStringLiteral("%")) : QString(nothingToShow));
 }
 
 void DFDetailToolbar::UpdateTime()
@@ -247,7 +243,7 @@ void DFDetailToolbar::ColourButton()
 /// The driver may have created its result values after this toolbar was made: what was missing then is bound now.
 void DFDetailToolbar::SlotDetailedResults()
 {
-    runEntry("DFDetailToolbar::SlotDetailedResults", sourceName(), __LINE__, [this] { LinkMissingValues(); });
+    runEntry("DFDetailToolbar::SlotDetailedResults", sourceFile, __LINE__, [this] { LinkMissingValues(); });
 }
 
 void DFDetailToolbar::LinkMissingValues()

@@ -50,19 +50,17 @@ constexpr int noHotKey = -1;
 constexpr int labelWidth = 18;
 constexpr int spinWidth = 40;
 
-QString sourceName()
+// Not a literal QString: the host may keep traces for longer than this library is loaded.
+constexpr QLatin1String sourceFile("userinterface/guicomponents/dflocatecomponent/dflocatetoolbar");
+
+void trace(QLatin1String text, unsigned short line)
 {
-    return QStringLiteral("userinterface/guicomponents/dflocatecomponent/dflocatetoolbar");
+    traceIfEnabled(text, sourceFile, line);
 }
 
-void trace(const QString& text, unsigned short line)
+void traceMissing(QLatin1String value, unsigned short line)
 {
-    traceIfEnabled(text, sourceName(), line);
-}
-
-void traceMissing(const QString& value, unsigned short line)
-{
-    trace(QStringLiteral("Missing DF Value %1").arg(value), line);
+    traceIfEnabled(QStringLiteral("Missing DF Value %1").arg(value), sourceFile, line);
 }
 
 QString handlerPath(QString componentPath)
@@ -115,32 +113,32 @@ void DFLocateToolBar::BindStartButtonValues()
     if (Link(m_enabled, QLatin1String("Enabled")))
         HandleEnabledChange();
     else
-        traceMissing(QStringLiteral("Enabled"), enabledMissingLine);
+        traceMissing(QLatin1String("Enabled"), enabledMissingLine);
 
     if (!Link(m_allowed, QLatin1String("Values/DFLocateAllowed")))
-        traceMissing(QStringLiteral("DFLocateAllowed"), allowedMissingLine);
+        traceMissing(QLatin1String("DFLocateAllowed"), allowedMissingLine);
 
     if (Link(m_workflow, QLatin1String("Config/DFLocateWorkflow")))
         HandleWorkflowChange();
     else
-        traceMissing(QStringLiteral("DFLocateWorkflow"), workflowMissingLine);
+        traceMissing(QLatin1String("DFLocateWorkflow"), workflowMissingLine);
 
     if (Link(m_locateType, QLatin1String("Config/DFLocateType")))
         HandleLocateTypeChange();
     else
-        traceMissing(QStringLiteral("DFLocateType"), locateTypeMissingLine);
+        traceMissing(QLatin1String("DFLocateType"), locateTypeMissingLine);
 
     if (!Link(m_activity, QLatin1String("Config/DFLocateActivity")))
-        traceMissing(QStringLiteral("DFLocateActivity"), activityMissingLine);
+        traceMissing(QLatin1String("DFLocateActivity"), activityMissingLine);
     UpdateStartButton();
 
     if (!Link(m_cyclicStarted, QLatin1String("Values/Result/CyclicLocateStarted")))
-        traceMissing(QStringLiteral("CyclicLocateStarted"), cyclicStartedMissingLine);
+        traceMissing(QLatin1String("CyclicLocateStarted"), cyclicStartedMissingLine);
     else if (m_cyclicStarted->GetValue())
         m_pStartButton->setChecked(true);
 
     if (!Link(m_commands, QLatin1String("Values/Commands")))
-        traceMissing(QStringLiteral("Commands"), commandsMissingLine);
+        traceMissing(QLatin1String("Commands"), commandsMissingLine);
 }
 
 void DFLocateToolBar::AddStatusDisplay(const QString& handlerName)
@@ -201,7 +199,7 @@ bool DFLocateToolBar::Link(values::ValuePtr<T>& pointer, QLatin1String value)
 
 void DFLocateToolBar::Update(Observable* source, TChangeCode code)
 {
-    runEntry("DFLocateToolBar::Update", sourceName(), __LINE__, [this, source, code] {
+    runEntry("DFLocateToolBar::Update", sourceFile, __LINE__, [this, source, code] {
         if (code == ValueChanged)
             HandleContentChange(source);
         else if (code == SetFromOutside && isBoundTo(m_trigger, source))
@@ -290,11 +288,11 @@ void DFLocateToolBar::HandleExternalTrigger()
     if (IsContinuous()) {
         m_pStartButton->setChecked(true);
         if (alive != nullptr)
-            trace(QStringLiteral("DF Cycle mode enabled from external"), externalCyclicLine);
+            trace(QLatin1String("DF Cycle mode enabled from external"), externalCyclicLine);
     } else {
         WarnAndIssue(StartSingleDfCommand);
         if (alive != nullptr)
-            trace(QStringLiteral("DF single shot triggered from external"), externalSingleShotLine);
+            trace(QLatin1String("DF single shot triggered from external"), externalSingleShotLine);
     }
 }
 
@@ -380,29 +378,29 @@ bool DFLocateToolBar::event(QEvent* event)
 
 void DFLocateToolBar::sl_VTConnected()
 {
-    runEntry("DFLocateToolBar::sl_VTConnected", sourceName(), __LINE__, [this] {
+    runEntry("DFLocateToolBar::sl_VTConnected", sourceFile, __LINE__, [this] {
         if (Link(m_running, QLatin1String("DFRunning")))
             HandleRunningChange();
         else
-            trace(QStringLiteral("Missing DF Value: DFRunning"), runningMissingLine);
+            trace(QLatin1String("Missing DF Value: DFRunning"), runningMissingLine);
         m_pStatusHandler->SetUpValues();
     });
 }
 
 void DFLocateToolBar::SlotCyclicToggle(bool checked)
 {
-    runEntry("DFLocateToolBar::SlotCyclicToggle", sourceName(), __LINE__,
+    runEntry("DFLocateToolBar::SlotCyclicToggle", sourceFile, __LINE__,
              [this, checked] { WarnAndIssue(checked ? StartCyclicDfCommand : StopCyclicDfCommand); });
 }
 
 void DFLocateToolBar::SlotSingleShot()
 {
-    runEntry("DFLocateToolBar::SlotSingleShot", sourceName(), __LINE__, [this] { WarnAndIssue(StartSingleDfCommand); });
+    runEntry("DFLocateToolBar::SlotSingleShot", sourceFile, __LINE__, [this] { WarnAndIssue(StartSingleDfCommand); });
 }
 
 void DFLocateToolBar::SlotLocateUsable(bool hriUsable, bool dfUsable)
 {
-    runEntry("DFLocateToolBar::SlotLocateUsable", sourceName(), __LINE__, [this, hriUsable, dfUsable] {
+    runEntry("DFLocateToolBar::SlotLocateUsable", sourceFile, __LINE__, [this, hriUsable, dfUsable] {
         m_hriUsable = hriUsable;
         m_dfUsable = dfUsable;
         if (m_pStartButton->isChecked() && IsLocateLost())
