@@ -4,6 +4,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <cmath>
 
 namespace VelmarGui {
 
@@ -31,6 +32,13 @@ LocateStationStatus& openStation(LocateServiceStatus& service, int id)
     return station;
 }
 
+/// In Hz; 0 for what is no number, or none that a frequency can be.
+double readFrequency(const QString& text)
+{
+    const double frequency = text.toDouble();
+    return std::isfinite(frequency) ? frequency : 0;
+}
+
 void applyStationToken(LocateServiceStatus& service, LocateStationStatus& station, const QString& token)
 {
     const QString kind = token.left(2);
@@ -42,9 +50,9 @@ void applyStationToken(LocateServiceStatus& service, LocateStationStatus& statio
         if ((station.status & LocateStationStatus::Available) != 0)
             service.anyAvailable = true;
     } else if (kind == QLatin1String("FB")) {
-        station.rangeLow = content.toDouble();
+        station.rangeLow = readFrequency(content);
     } else if (kind == QLatin1String("FE")) {
-        station.rangeHigh = content.toDouble();
+        station.rangeHigh = readFrequency(content);
     }
     // The position, "LO" and "LA", is shown nowhere.
 }
