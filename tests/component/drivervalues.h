@@ -11,8 +11,8 @@
 
 namespace testsupport {
 
-/// The values that a driver of two DF stations offers, in a tree of their own. At first DF may be started, by workflow "On
-/// request" and with a locate type that needs no service; the stations have no result.
+/// The values that a driver of two DF stations offers, in a tree of their own. At first DF may be started, by workflow
+/// "On request" and with a locate type that needs no service; the stations have no result.
 class DriverValues
 {
 public:

@@ -34,8 +34,8 @@ const QString componentName = QStringLiteral("/GUI/DFLocateComponent/");
 const QString sourceName = QStringLiteral("userinterface/guicomponents/dflocatecomponent/dflocatetoolbar");
 const QString historyWarning = QStringLiteral(
     "Locate Type <b>History</b> is selected in the DF/Locate Settings, but Locate(History) is not available");
-const QString onlineWarning =
-    QStringLiteral("Locate Type <b>Online</b> is selected in the DF/Locate Settings, but Locate(Online) is not available");
+const QString onlineWarning = QStringLiteral(
+    "Locate Type <b>Online</b> is selected in the DF/Locate Settings, but Locate(Online) is not available");
 
 constexpr int noLocate = 0;
 constexpr int online = 1;
@@ -214,6 +214,8 @@ private slots:
     void theCommandValueMayGoWhileAWarningIsOpen();
     void theToolbarMayGoWhileAWarningIsOpen_data();
     void theToolbarMayGoWhileAWarningIsOpen();
+    void theToolbarMayGoInAnswerToItsCommand_data();
+    void theToolbarMayGoInAnswerToItsCommand();
     void theToolbarMayGoBeforeTheHostAndAfterIt();
     void aWindowTakesTheToolbarWithIt();
     void theTreeMayGoBeforeTheToolbar();
@@ -263,10 +265,10 @@ void TestDFLocateToolBar::theWidgetsStandInTheirOrder()
         else
             shown << widget->objectName();
     }
-    QCOMPARE(shown,
-             (QStringList{"DFStarter", "|", "Led Label", "|", "text:L.", "Level threshold", "text:Q.", "Quality threshold",
-                          "DF Mode", "DF Bandwidth", "DF Averaging", "|", "text:", "direction finder name",
-                          "average bearing", "average quality", "LocationFindingTime", "DetailedResults"}));
+    QCOMPARE(shown, (QStringList{"DFStarter", "|", "Led Label", "|", "text:L.", "Level threshold", "text:Q.",
+                                 "Quality threshold", "DF Mode", "DF Bandwidth", "DF Averaging", "|",
+                                 "text:", "direction finder name", "average bearing", "average quality",
+                                 "LocationFindingTime", "DetailedResults"}));
 }
 
 void TestDFLocateToolBar::theStartButtonShowsTheLettersInEveryState()
@@ -397,14 +399,22 @@ void TestDFLocateToolBar::everyValueIsBound_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<int>("line");
 
-    QTest::newRow("enabled") << "Enabled" << "Missing DF Value Enabled" << 142;
-    QTest::newRow("allowed") << "Values/DFLocateAllowed" << "Missing DF Value DFLocateAllowed" << 148;
-    QTest::newRow("workflow") << "Config/DFLocateWorkflow" << "Missing DF Value DFLocateWorkflow" << 158;
-    QTest::newRow("locate type") << "Config/DFLocateType" << "Missing DF Value DFLocateType" << 168;
-    QTest::newRow("activity") << "Config/DFLocateActivity" << "Missing DF Value DFLocateActivity" << 180;
-    QTest::newRow("cyclic") << "Values/Result/CyclicLocateStarted" << "Missing DF Value CyclicLocateStarted" << 192;
-    QTest::newRow("commands") << "Values/Commands" << "Missing DF Value Commands" << 198;
-    QTest::newRow("running") << "DFRunning" << "Missing DF Value: DFRunning" << 378;
+    QTest::newRow("enabled") << "Enabled"
+                             << "Missing DF Value Enabled" << 142;
+    QTest::newRow("allowed") << "Values/DFLocateAllowed"
+                             << "Missing DF Value DFLocateAllowed" << 148;
+    QTest::newRow("workflow") << "Config/DFLocateWorkflow"
+                              << "Missing DF Value DFLocateWorkflow" << 158;
+    QTest::newRow("locate type") << "Config/DFLocateType"
+                                 << "Missing DF Value DFLocateType" << 168;
+    QTest::newRow("activity") << "Config/DFLocateActivity"
+                              << "Missing DF Value DFLocateActivity" << 180;
+    QTest::newRow("cyclic") << "Values/Result/CyclicLocateStarted"
+                            << "Missing DF Value CyclicLocateStarted" << 192;
+    QTest::newRow("commands") << "Values/Commands"
+                              << "Missing DF Value Commands" << 198;
+    QTest::newRow("running") << "DFRunning"
+                             << "Missing DF Value: DFRunning" << 378;
 }
 
 void TestDFLocateToolBar::everyValueIsBound()
@@ -992,7 +1002,8 @@ void TestDFLocateToolBar::theFirstFalseLeavesTheHotKeysOfOthersAlone()
 {
     const DriverValues driver;
     QObject other;
-    const int id = GuiCentral::Instance()->AddHotKey(Qt::Key_E, Qt::ControlModifier, &other, "Else", "Elsewhere", true, true);
+    const int id =
+        GuiCentral::Instance()->AddHotKey(Qt::Key_E, Qt::ControlModifier, &other, "Else", "Elsewhere", true, true);
     const Toolbar toolbar;
     driver.enabled->SetValue(false, nullptr);
     QCOMPARE(listedHotKeys(), QStringList{"Ctrl+E|Else|Elsewhere"});
@@ -1542,6 +1553,40 @@ void TestDFLocateToolBar::theToolbarMayGoWhileAWarningIsOpen()
     QVERIFY(log.codes().empty());
     QVERIFY(toolbarTraces(traces).empty());
     QVERIFY(!hriRunning->GetValue());
+}
+
+void TestDFLocateToolBar::theToolbarMayGoInAnswerToItsCommand_data()
+{
+    QTest::addColumn<QString>("workflow");
+    QTest::addColumn<bool>("byTrigger");
+
+    QTest::newRow("single, click") << "On request" << false;
+    QTest::newRow("cyclic, click") << "Continuous" << false;
+    QTest::newRow("single, trigger") << "On request" << true;
+    QTest::newRow("cyclic, trigger") << "Continuous" << true;
+}
+
+void TestDFLocateToolBar::theToolbarMayGoInAnswerToItsCommand()
+{
+    QFETCH(QString, workflow);
+    QFETCH(bool, byTrigger);
+    const DriverValues driver;
+    driver.workflow->Select(workflow);
+    const Toolbar toolbar;
+    const QPointer<QToolButton> button = toolbar.button();
+    RecordingObserver deleting([&](Observable*, TChangeCode) { delete toolbar.bar.data(); });
+    values::ValueObservingPtr<values::ValueSelection> binding(&deleting);
+    binding.Assign(driver.commands);
+    const Traces traces;
+    if (byTrigger)
+        trigger()->SetValue(true, nullptr);
+    else
+        QTest::mouseClick(toolbar.button(), Qt::LeftButton);
+    QVERIFY(toolbar.bar == nullptr);
+    QVERIFY(toolbarTraces(traces).empty());
+    // The button is left behind only as long as Qt is in it.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(button == nullptr);
 }
 
 void TestDFLocateToolBar::theToolbarMayGoBeforeTheHostAndAfterIt()

@@ -18,6 +18,7 @@
 #include <QMessageBox>
 #include <QPixmap>
 #include <QPointer>
+#include <QScopeGuard>
 #include <QShortcutEvent>
 #include <QToolButton>
 
@@ -89,6 +90,17 @@ DFLocateToolBar::DFLocateToolBar(GuiComponentCommon* common, const QString& hand
 DFLocateToolBar::~DFLocateToolBar()
 {
     GuiCentral::Instance()->RemoveHotKeyReceiver(this);
+    if (m_commandsUnderWay > 0)
+        LeaveStartButtonBehind();
+}
+
+/// Qt still works with a button after the slots of its signals have returned. When the toolbar goes in one of them, the
+/// button goes later.
+void DFLocateToolBar::LeaveStartButtonBehind()
+{
+    removeAction(m_pStartButtonAction);
+    m_pStartButtonAction->setParent(nullptr);
+    m_pStartButtonAction->deleteLater(); // and with it the button, which it owns
 }
 
 void DFLocateToolBar::PublishTrigger()
@@ -104,7 +116,7 @@ void DFLocateToolBar::AddStartButton()
     m_pStartButton->setObjectName(QStringLiteral("DFStarter"));
     m_pStartButton->setIcon(QIcon(QPixmap(dfletters_xpm)));
     m_pStartButton->setToolTip(tr("Start/Stop Locate"));
-    addWidget(m_pStartButton);
+    m_pStartButtonAction = addWidget(m_pStartButton);
 }
 
 /// The order matters: each step sees only the values bound before it.
@@ -253,7 +265,8 @@ void DFLocateToolBar::HandleEnabledChange()
 
 void DFLocateToolBar::HandleRunningChange()
 {
-    m_trigger->SetState(m_running->GetValue() ? OrdinaryState : NotInUseState, this);
+    if (m_trigger)
+        m_trigger->SetState(m_running->GetValue() ? OrdinaryState : NotInUseState, this);
 }
 
 void DFLocateToolBar::HandleLocateTypeChange()
@@ -417,10 +430,16 @@ bool DFLocateToolBar::IsLocateLost()
     return hriRunning->GetValue() ? !m_hriUsable : !m_dfUsable;
 }
 
-/// Warns of a locate type that cannot be served, and issues @p command in any case.
+/// Warns of a locate type that cannot be served, and issues @p command in any case. The toolbar may go in it: with a
+/// warning the host's event loop runs on, and the command may make the host delete the toolbar.
 void DFLocateToolBar::WarnAndIssue(int command)
 {
     const QPointer<DFLocateToolBar> alive(this);
+    ++m_commandsUnderWay;
+    const auto finished = qScopeGuard([alive] {
+        if (alive != nullptr)
+            --alive->m_commandsUnderWay;
+    });
     WarnWhenLocateTypeIsUnavailable();
     if (alive != nullptr && m_commands)
         issueCommand(*m_commands.get(), command);

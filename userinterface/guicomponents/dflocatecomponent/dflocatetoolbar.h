@@ -81,6 +81,7 @@ private:
     void DisconnectCyclicToggle();
 
     void WarnAndIssue(int command);
+    void LeaveStartButtonBehind();
     void WarnWhenLocateTypeIsUnavailable() const;
     [[nodiscard]] QString LocateTypeWarning() const;
     [[nodiscard]] bool IsLocateLost();
@@ -101,6 +102,8 @@ private:
     values::ValueObservingPtr<values::BoolValue> m_trigger{this};
     QString m_toolbarPath;
     int m_hotKeyId;
+    QAction* m_pStartButtonAction = nullptr;
+    int m_commandsUnderWay = 0;
 };
 
 } // namespace VelmarGui
