@@ -139,7 +139,8 @@ void DFDetailToolbar::AddDetailedResultsButton()
     m_pDetailedResultsButton->setText(tr("Detailed results"));
     m_pDetailedResultsButton->setObjectName(QStringLiteral("DetailedResults"));
     m_pDetailedResultsButton->setToolTip(tr("Detailed results"));
-    // A tool button in a tool bar paints no ground of its own: without this nobody would see its colour.
+    // A tool button in a toolbar paints no ground, and that of another role: without this nobody would see its colour.
+    m_pDetailedResultsButton->setBackgroundRole(QPalette::Window);
     m_pDetailedResultsButton->setAutoFillBackground(true);
     connect(m_pDetailedResultsButton, SIGNAL(pressed()), this, SLOT(SlotDetailedResults()));
     m_savedButtonColour = m_pDetailedResultsButton->palette().color(QPalette::Window);
