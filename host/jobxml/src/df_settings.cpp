@@ -1,0 +1,355 @@
+#include "jobxml/df_settings.h"
+
+#include "numbers.h"
+#include "settingsreader.h"
+
+#include <QXmlStreamWriter>
+
+namespace JobXml {
+
+namespace {
+
+constexpr QLatin1String settingsElement("DF_Settings");
+constexpr QLatin1String bandwidthElement("Bandwidth");
+constexpr QLatin1String averagingElement("Averaging");
+constexpr QLatin1String dfModeElement("DFMode");
+constexpr QLatin1String detailElement("Detail");
+constexpr QLatin1String frequencyOffsetElement("FrequencyOffset");
+constexpr QLatin1String workflowElement("Workflow");
+constexpr QLatin1String locateTypeElement("LocateType");
+constexpr QLatin1String activityElement("Activity");
+constexpr QLatin1String activityTriggerElement("ActivityTrigger");
+
+// The lists stand in the order of the enumerations, whose "unset" is the position of a name that is not in the list.
+// Modes are told apart by so many characters; what follows them is wording ("Normal").
+constexpr int modeNameLength = 4;
+
+const QStringList& dfModes()
+{
+    static const QStringList names{QStringLiteral("Norm"), QStringLiteral("Cont"), QStringLiteral("Gate")};
+    return names;
+}
+
+const QStringList& workflows()
+{
+    static const QStringList names{QStringLiteral("On request"), QStringLiteral("Continuous"),
+                                   QStringLiteral("On trigger")};
+    return names;
+}
+
+const QStringList& locateTypes()
+{
+    static const QStringList names{QStringLiteral("No locate"), QStringLiteral("Online"), QStringLiteral("History")};
+    return names;
+}
+
+const QStringList& activities()
+{
+    static const QStringList names{QStringLiteral("No DF/Locate"), QStringLiteral("DF"),
+                                   QStringLiteral("DF and locate")};
+    return names;
+}
+
+const QStringList& activityTriggers()
+{
+    static const QStringList names{QStringLiteral("Manual"), QStringLiteral("Signal"), QStringLiteral("Schedule")};
+    return names;
+}
+
+// Both conversions use that a list gives -1 for an unknown name and an empty text for an unknown position.
+template <typename Choice>
+Choice fromName(const QStringList& names, const QString& name)
+{
+    return static_cast<Choice>(names.indexOf(name));
+}
+
+template <typename Choice>
+QString toName(const QStringList& names, Choice choice)
+{
+    return names.value(choice);
+}
+
+template <typename Choice>
+std::optional<Choice> known(const QStringList& names, Choice choice)
+{
+    return choice >= 0 && choice < names.size() ? std::optional(choice) : std::nullopt;
+}
+
+template <typename Choice>
+Choice orUnset(const std::optional<Choice>& field)
+{
+    return field.value_or(static_cast<Choice>(-1));
+}
+
+void writeNumber(QXmlStreamWriter& xml, QLatin1String element, const std::optional<double>& field)
+{
+    if (field)
+        xml.writeTextElement(element, toText(*field));
+}
+
+void writeName(QXmlStreamWriter& xml, QLatin1String element, const QString& name)
+{
+    if (!name.isEmpty())
+        xml.writeTextElement(element, name);
+}
+
+} // namespace
+
+QString DF_Settings::GetXmlString() const
+{
+    QString text;
+    QXmlStreamWriter xml(&text);
+    xml.writeStartElement(settingsElement);
+    writeNumber(xml, bandwidthElement, m_bandwidth.m_value);
+    writeNumber(xml, averagingElement, m_averaging);
+    writeName(xml, dfModeElement, DFModeToName(GetDFMode()));
+    if (m_detail.HasData()) {
+        xml.writeStartElement(detailElement);
+        m_detail.WriteTo(xml);
+        xml.writeEndElement();
+    }
+    writeNumber(xml, frequencyOffsetElement, m_frequencyOffset);
+    writeName(xml, workflowElement, WorkflowToName(GetWorkflow()));
+    writeName(xml, locateTypeElement, LocateTypeToName(GetLocateType()));
+    writeName(xml, activityElement, toName(activities(), GetActivity()));
+    writeName(xml, activityTriggerElement, ActivityTriggerToName(GetActivityTrigger()));
+    xml.writeEndElement();
+    return text;
+}
+
+bool DF_Settings::SetXmlString(const QString& xml)
+{
+    DF_Settings read;
+    SettingsReader reader(xml);
+    if (reader.nextChild() && reader.name() == settingsElement)
+        read.ReadChildren(reader);
+    else
+        reader.refuse(QStringLiteral("another root"));
+
+    const bool good = reader.finish();
+    *this = good ? read : DF_Settings();
+    return good;
+}
+
+void DF_Settings::ReadChildren(SettingsReader& reader)
+{
+    bool detailRead = false;
+    while (reader.nextChild()) {
+        if (reader.name() == bandwidthElement) {
+            reader.readNumber(m_bandwidth.m_value);
+        } else if (reader.name() == averagingElement) {
+            reader.readNumber(m_averaging);
+        } else if (reader.name() == dfModeElement) {
+            reader.assign(m_dfMode, NameToDFMode(reader.readText()));
+        } else if (reader.name() == detailElement) {
+            if (detailRead)
+                reader.refuse(QStringLiteral("given twice"));
+            detailRead = true;
+            m_detail.ReadChildren(reader);
+        } else if (reader.name() == frequencyOffsetElement) {
+            reader.readNumber(m_frequencyOffset);
+        } else if (reader.name() == workflowElement) {
+            reader.assign(m_workflow, NameToWorkflow(reader.readText()));
+        } else if (reader.name() == locateTypeElement) {
+            reader.assign(m_locateType, NameToLocateType(reader.readText()));
+        } else if (reader.name() == activityElement) {
+            reader.assign(m_activity, fromName<TActivity>(activities(), reader.readText()));
+        } else if (reader.name() == activityTriggerElement) {
+            reader.assign(m_activityTrigger, NameToActivityTrigger(reader.readText()));
+        } else {
+            reader.skip();
+        }
+    }
+}
+
+void DF_Settings::SetBandwidth(const Bandwidth& bandwidth)
+{
+    m_bandwidth = bandwidth;
+}
+
+const Bandwidth& DF_Settings::GetBandwidth() const
+{
+    return m_bandwidth;
+}
+
+bool DF_Settings::IsBandwidthSet() const
+{
+    return m_bandwidth.IsValueSet();
+}
+
+void DF_Settings::SetAveraging(double milliseconds)
+{
+    m_averaging = finite(milliseconds, "DF_Settings::SetAveraging");
+}
+
+double DF_Settings::GetAveraging() const
+{
+    return m_averaging.value_or(0.0);
+}
+
+bool DF_Settings::IsAveragingSet() const
+{
+    return m_averaging.has_value();
+}
+
+void DF_Settings::SetDFMode(TDFMode mode)
+{
+    m_dfMode = known(dfModes(), mode);
+}
+
+DF_Settings::TDFMode DF_Settings::GetDFMode() const
+{
+    return orUnset(m_dfMode);
+}
+
+bool DF_Settings::IsDFModeSet() const
+{
+    return m_dfMode.has_value();
+}
+
+DF_SettingsDetail& DF_Settings::GetDetail()
+{
+    return m_detail;
+}
+
+const DF_SettingsDetail& DF_Settings::GetDetail() const
+{
+    return m_detail;
+}
+
+void DF_Settings::SetFrequencyOffset(double hertz)
+{
+    m_frequencyOffset = finite(hertz, "DF_Settings::SetFrequencyOffset");
+}
+
+double DF_Settings::GetFrequencyOffset() const
+{
+    return m_frequencyOffset.value_or(0.0);
+}
+
+bool DF_Settings::IsFrequencyOffsetSet() const
+{
+    return m_frequencyOffset.has_value();
+}
+
+void DF_Settings::SetWorkflow(TWorkflow workflow)
+{
+    m_workflow = known(workflows(), workflow);
+}
+
+DF_Settings::TWorkflow DF_Settings::GetWorkflow() const
+{
+    return orUnset(m_workflow);
+}
+
+bool DF_Settings::IsWorkflowSet() const
+{
+    return m_workflow.has_value();
+}
+
+void DF_Settings::SetLocateType(TLocateType type)
+{
+    m_locateType = known(locateTypes(), type);
+}
+
+DF_Settings::TLocateType DF_Settings::GetLocateType() const
+{
+    return orUnset(m_locateType);
+}
+
+bool DF_Settings::IsLocateTypeSet() const
+{
+    return m_locateType.has_value();
+}
+
+void DF_Settings::SetActivity(TActivity activity)
+{
+    m_activity = known(activities(), activity);
+}
+
+DF_Settings::TActivity DF_Settings::GetActivity() const
+{
+    return orUnset(m_activity);
+}
+
+bool DF_Settings::IsActivitySet() const
+{
+    return m_activity.has_value();
+}
+
+void DF_Settings::SetActivityTrigger(TActivityTrigger trigger)
+{
+    m_activityTrigger = known(activityTriggers(), trigger);
+}
+
+DF_Settings::TActivityTrigger DF_Settings::GetActivityTrigger() const
+{
+    return orUnset(m_activityTrigger);
+}
+
+bool DF_Settings::IsActivityTriggerSet() const
+{
+    return m_activityTrigger.has_value();
+}
+
+QString DF_Settings::DFModeToName(TDFMode mode)
+{
+    return toName(dfModes(), mode);
+}
+
+DF_Settings::TDFMode DF_Settings::NameToDFMode(const QString& name)
+{
+    return fromName<TDFMode>(dfModes(), name.left(modeNameLength));
+}
+
+QString DF_Settings::WorkflowToName(TWorkflow workflow)
+{
+    return toName(workflows(), workflow);
+}
+
+DF_Settings::TWorkflow DF_Settings::NameToWorkflow(const QString& name)
+{
+    return fromName<TWorkflow>(workflows(), name);
+}
+
+QString DF_Settings::LocateTypeToName(TLocateType type)
+{
+    return toName(locateTypes(), type);
+}
+
+DF_Settings::TLocateType DF_Settings::NameToLocateType(const QString& name)
+{
+    return fromName<TLocateType>(locateTypes(), name);
+}
+
+QString DF_Settings::ActivityTriggerToName(TActivityTrigger trigger)
+{
+    return toName(activityTriggers(), trigger);
+}
+
+DF_Settings::TActivityTrigger DF_Settings::NameToActivityTrigger(const QString& name)
+{
+    return fromName<TActivityTrigger>(activityTriggers(), name);
+}
+
+QStringList DF_Settings::GetWorkflows()
+{
+    return workflows();
+}
+
+QStringList DF_Settings::GetLocateTypes()
+{
+    return locateTypes();
+}
+
+QStringList DF_Settings::GetActivitys()
+{
+    return activities();
+}
+
+QStringList DF_Settings::GetActivityTriggers()
+{
+    return activityTriggers();
+}
+
+} // namespace JobXml

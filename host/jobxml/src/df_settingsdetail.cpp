@@ -1,0 +1,70 @@
+#include "jobxml/df_settingsdetail.h"
+
+#include "numbers.h"
+#include "settingsreader.h"
+
+#include <QXmlStreamWriter>
+
+namespace JobXml {
+
+namespace {
+constexpr QLatin1String qualityThresholdElement("QualityThreshold");
+constexpr QLatin1String levelThresholdElement("LevelThreshold");
+} // namespace
+
+bool DF_SettingsDetail::HasData() const
+{
+    return IsQualityThresholdSet() || IsLevelThresholdSet();
+}
+
+void DF_SettingsDetail::SetQualityThreshold(int percent)
+{
+    m_qualityThreshold = percent;
+}
+
+int DF_SettingsDetail::GetQualityThreshold() const
+{
+    return m_qualityThreshold.value_or(0);
+}
+
+bool DF_SettingsDetail::IsQualityThresholdSet() const
+{
+    return m_qualityThreshold.has_value();
+}
+
+void DF_SettingsDetail::SetLevelThreshold(double level)
+{
+    m_levelThreshold = finite(level, "DF_SettingsDetail::SetLevelThreshold");
+}
+
+double DF_SettingsDetail::GetLevelThreshold() const
+{
+    return m_levelThreshold.value_or(0.0);
+}
+
+bool DF_SettingsDetail::IsLevelThresholdSet() const
+{
+    return m_levelThreshold.has_value();
+}
+
+void DF_SettingsDetail::ReadChildren(SettingsReader& reader)
+{
+    while (reader.nextChild()) {
+        if (reader.name() == qualityThresholdElement)
+            reader.readNumber(m_qualityThreshold);
+        else if (reader.name() == levelThresholdElement)
+            reader.readNumber(m_levelThreshold);
+        else
+            reader.skip();
+    }
+}
+
+void DF_SettingsDetail::WriteTo(QXmlStreamWriter& xml) const
+{
+    if (m_qualityThreshold)
+        xml.writeTextElement(qualityThresholdElement, toText(*m_qualityThreshold));
+    if (m_levelThreshold)
+        xml.writeTextElement(levelThresholdElement, toText(*m_levelThreshold));
+}
+
+} // namespace JobXml
