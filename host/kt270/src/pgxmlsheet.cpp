@@ -1,0 +1,190 @@
+#include "kt270/pgxmlsheet.h"
+
+#include <QEvent>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace KT270 {
+
+namespace {
+
+QString withoutShortCut(QString label)
+{
+    return label.remove(QLatin1Char('&'));
+}
+
+QToolButton* createTitle(const QString& title, QWidget* parent)
+{
+    auto* const button = new QToolButton(parent);
+    button->setObjectName(QStringLiteral("title"));
+    button->setText(title);
+    button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    button->setArrowType(Qt::DownArrow);
+    button->setAutoRaise(true);
+    button->setCheckable(true);
+    button->setChecked(true);
+    button->setFocusPolicy(Qt::StrongFocus);
+    QFont font = button->font();
+    font.setBold(true);
+    button->setFont(font);
+    return button;
+}
+
+QLabel* createMark(const QString& text, QWidget* parent)
+{
+    auto* const mark = new QLabel(QChar(0x25CF) + QLatin1Char(' ') + text, parent);
+    mark->setObjectName(QStringLiteral("modifiedMark"));
+    mark->setAccessibleName(text);
+    QSizePolicy policy = mark->sizePolicy();
+    policy.setRetainSizeWhenHidden(true); // the rows stay where they are
+    mark->setSizePolicy(policy);
+    mark->hide();
+    return mark;
+}
+
+} // namespace
+
+PgXmlSheet::PgXmlSheet(const QString& title, QWidget* parent)
+    : QWidget(parent)
+    , m_title(createTitle(title, this))
+    , m_mark(createMark(tr("Modified"), this))
+    , m_body(new QWidget(this))
+    , m_layout(new QFormLayout(m_body))
+{
+    m_title->setToolTip(tr("Shows or hides the settings"));
+    m_mark->setToolTip(tr("There are edits that have not been confirmed yet"));
+    m_layout->setRowWrapPolicy(QFormLayout::WrapLongRows);
+    m_layout->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    auto* const header = new QHBoxLayout;
+    header->addWidget(m_title);
+    header->addStretch();
+    header->addWidget(m_mark);
+    auto* const all = new QVBoxLayout(this);
+    all->addLayout(header);
+    all->addWidget(m_body);
+    all->addStretch();
+    connect(m_title, &QToolButton::toggled, this, [this](bool open) {
+        m_title->setArrowType(open ? Qt::DownArrow : Qt::RightArrow);
+        m_body->setVisible(open);
+        emit si_collapsedChanged(!open);
+    });
+}
+
+PgXmlSheet::~PgXmlSheet() = default;
+
+void PgXmlSheet::InsertWidget(const QString& label, const QString& fieldName, QWidget* widget, int row)
+{
+    if (widget == nullptr)
+        return;
+    Row entry{row, fieldName, nullptr, widget, new QWidget(m_body)};
+    auto* const boxLayout = new QHBoxLayout(entry.box);
+    boxLayout->setContentsMargins(0, 0, 0, 0);
+    boxLayout->addWidget(widget);
+    if (!label.isEmpty()) {
+        entry.label = new QLabel(label, m_body);
+        entry.label->setBuddy(widget);
+        entry.label->setEnabled(widget->isEnabled());
+        widget->setAccessibleName(withoutShortCut(label));
+        connect(widget, &QObject::destroyed, entry.label, &QObject::deleteLater);
+    }
+    connect(widget, &QObject::destroyed, entry.box, &QObject::deleteLater);
+    widget->installEventFilter(this);
+
+    const auto isBefore = [](int number, const Row& other) { return number < other.number; };
+    const auto place = std::upper_bound(m_rows.begin(), m_rows.end(), row, isBefore);
+    const auto position = static_cast<std::size_t>(place - m_rows.begin());
+    AddToLayout(entry, position);
+    m_rows.insert(place, entry);
+    OrderKeyboard();
+}
+
+/// Puts @p row in front of the rows from @p position on.
+void PgXmlSheet::AddToLayout(const Row& row, std::size_t position)
+{
+    int index = m_layout->rowCount();
+    for (std::size_t i = position; i < m_rows.size(); ++i) {
+        if (m_rows[i].box) {
+            QFormLayout::ItemRole role = QFormLayout::FieldRole;
+            m_layout->getWidgetPosition(m_rows[i].box, &index, &role);
+            break;
+        }
+    }
+    if (row.label)
+        m_layout->insertRow(index, row.label.data(), row.box.data());
+    else
+        m_layout->insertRow(index, row.box.data());
+}
+
+void PgXmlSheet::OrderKeyboard()
+{
+    QWidget* before = m_title;
+    for (const Row& row : m_rows) {
+        if (!row.widget)
+            continue;
+        setTabOrder(before, row.widget);
+        before = row.widget;
+    }
+}
+
+QWidget* PgXmlSheet::GetFieldWidget(const QString& fieldName) const
+{
+    for (const Row& row : m_rows) {
+        if (row.widget && row.fieldName == fieldName)
+            return row.widget;
+    }
+    return nullptr;
+}
+
+void PgXmlSheet::setModified(bool modified)
+{
+    m_modified = modified;
+    m_mark->setVisible(modified);
+    if (modified)
+        emit si_modified();
+}
+
+void PgXmlSheet::EnableInput(bool enable, int row)
+{
+    if (row == 0)
+        m_body->setEnabled(enable);
+    for (const Row& entry : m_rows) {
+        if (entry.number == row && entry.box)
+            entry.box->setEnabled(enable);
+    }
+}
+
+void PgXmlSheet::setCollapsed(bool collapsed)
+{
+    m_title->setChecked(!collapsed);
+}
+
+bool PgXmlSheet::isCollapsed() const
+{
+    return !m_title->isChecked();
+}
+
+bool PgXmlSheet::eventFilter(QObject* watched, QEvent* event)
+{
+    const Row* const row = RowOf(watched);
+    if (row != nullptr && event->type() == QEvent::EnabledChange && row->label)
+        row->label->setEnabled(row->widget->isEnabled());
+    if (row != nullptr && event->type() == QEvent::Wheel && !row->widget->hasFocus()) {
+        event->ignore(); // goes on to the scroll area
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+const PgXmlSheet::Row* PgXmlSheet::RowOf(const QObject* widget) const
+{
+    const auto row =
+        std::find_if(m_rows.begin(), m_rows.end(), [widget](const Row& entry) { return entry.widget == widget; });
+    return row != m_rows.end() ? &*row : nullptr;
+}
+
+} // namespace KT270
