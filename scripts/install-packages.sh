@@ -15,6 +15,7 @@ build_packages=(
   ninja-build
   pkg-config
   qtbase5-dev
+  qtdeclarative5-dev
   qttools5-dev
   qttools5-dev-tools
   fonts-dejavu-core
