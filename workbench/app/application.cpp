@@ -16,8 +16,10 @@
 
 #include "ztbase/errorhandler.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QToolBar>
 
 #include <cstdio>
@@ -59,8 +61,11 @@ QString componentFile(const Options& options)
 {
     if (!options.componentFile.isEmpty())
         return options.componentFile;
-    return QDir::cleanPath(QCoreApplication::applicationDirPath() +
-                           QStringLiteral("/../" DFLOCATE_LIBRARY_FOLDER "/libDFLocateComponent.so"));
+    const QString prefix = QCoreApplication::applicationDirPath() + QStringLiteral("/../");
+    const QString library = QStringLiteral("/libDFLocateComponent.so");
+    const QString built = QDir::cleanPath(prefix + QStringLiteral("lib") + library);
+    const QString installed = QDir::cleanPath(prefix + QStringLiteral(DFLOCATE_LIBRARY_FOLDER) + library);
+    return QFileInfo::exists(installed) ? installed : built;
 }
 
 template <typename T>
@@ -128,7 +133,6 @@ private:
     void endJob();
     void printShot();
     void fail(ExitCode code, const QString& reason);
-    void finishWork();
     void saveFiles();
 
     const Options& m_options;

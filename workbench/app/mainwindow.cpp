@@ -140,9 +140,14 @@ void MainWindow::addEditMenu()
 void MainWindow::addViewMenu()
 {
     m_viewMenu = menuBar()->addMenu(tr("&View"));
-    const auto docks = findChildren<QDockWidget*>();
-    for (QDockWidget* const dock : docks)
-        m_viewMenu->addAction(dock->toggleViewAction());
+    const auto addDockEntry = [this](const QString& text, const char* dockName) {
+        QAction* const entry = findChild<QDockWidget*>(QLatin1String(dockName))->toggleViewAction();
+        entry->setText(text); // the dock's title has no mnemonic
+        m_viewMenu->addAction(entry);
+    };
+    addDockEntry(tr("&Settings"), "PanelDock");
+    addDockEntry(tr("&Value tree"), "ValueTreeDock");
+    addDockEntry(tr("&Traces"), "TraceDock");
 }
 
 void MainWindow::addHelpMenu()

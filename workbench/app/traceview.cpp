@@ -41,6 +41,8 @@ TraceView::TraceView(QWidget* parent)
     m_table->setColumnWidth(TraceModel::SourceColumn, 44 * letter);
     m_table->setColumnWidth(TraceModel::LineColumn, 8 * letter);
 
+    m_heldBack->setObjectName(QStringLiteral("HeldBack"));
+
     auto* const componentTraces = new QCheckBox(tr("Component &traces"));
     componentTraces->setObjectName(QStringLiteral("ComponentTraces"));
     componentTraces->setToolTip(tr("Whether components write traces"));

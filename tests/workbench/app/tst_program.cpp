@@ -1,0 +1,438 @@
+#include "support/testmain.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+
+namespace {
+
+struct Outcome
+{
+    int exitCode = -1;
+    QString output;
+    QString errors;
+
+    [[nodiscard]] QJsonArray json() const { return QJsonDocument::fromJson(output.toUtf8()).array(); }
+};
+
+QProcessEnvironment environment()
+{
+    QProcessEnvironment result = QProcessEnvironment::systemEnvironment();
+    result.insert("QT_QPA_PLATFORM", "offscreen");
+    result.insert("TZ", "UTC");
+    return result;
+}
+
+Outcome run(const QStringList& arguments, const QProcessEnvironment& processEnvironment = environment())
+{
+    QProcess process;
+    process.setProcessEnvironment(processEnvironment);
+    process.start(QStringLiteral(PROGRAM), arguments);
+    constexpr int limit = 60'000; // ms, until a program counts as hanging
+    if (!process.waitForFinished(limit) || process.exitStatus() != QProcess::NormalExit)
+        return {-1, {}, QStringLiteral("The program did not end by itself: ") + process.readAllStandardError()};
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+QStringList fixture(const char* name)
+{
+    return {"--component", QStringLiteral(FIXTURE_FOLDER "/%1.so").arg(QLatin1String(name))};
+}
+
+/// Two shots of two stations; the second station misses the second shot.
+QByteArray recordingText()
+{
+    return "shot,date,transmitter,station,latitude_deg,longitude_deg,azimuth_deg,true_latitude_deg,true_longitude_deg\n"
+           "1,2012-06-18,Arthur,Bridge,36.8103140,-121.7849880,78.5866,36.8120350,-121.7714390\n"
+           "1,2012-06-18,Arthur,Point,36.8043100,-121.7375180,285.0518,36.8120350,-121.7714390\n"
+           "2,2012-06-18,Arthur,Bridge,36.8103140,-121.7849880,80.2500,36.8120350,-121.7714390\n";
+}
+
+} // namespace
+
+class TestProgram : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase();
+
+    void helpAndVersionGoToTheStandardOutput();
+    void badOptionsEndWithTwoBeforeAnythingRuns();
+
+    void oneShotIsTheDefault();
+    void shotsAreCountedInTheTable();
+    void jsonIsOneDocumentAndNothingElse();
+    void theSameSeedGivesTheSameOutput();
+    void anotherSeedGivesAnotherOutput();
+    void cyclicMeasuringLastsAsLongAsWanted();
+    void cyclicMeasuringIsDeterministic();
+    void offlineLoadsTheComponentAndEnds();
+    void withoutADisplayTheSameJobIsDoneHeadless();
+    void withoutADisplayOfflineMakesNoShot();
+
+    void aRecordingIsPlayed();
+    void whatARecordingDoesNotHoldIsTakenFromTheOptions();
+    void moreShotsThanRecordedAreRefusedAtOnce();
+    void aCyclicRecordingEndsWithItsLastShot();
+    void resultsAreRecorded();
+    void aRecordFileThatCannotBeWrittenIsRefusedAtOnce();
+    void aRecordingIsNotRecordedOver();
+    void badScenariosAndRecordingsEndWithTwo();
+
+    void aWrongComponentEndsWithOneAndTheReason_data();
+    void aWrongComponentEndsWithOneAndTheReason();
+    void aWrongComponentEndsWithOneInAWindowToo();
+    void aMissingStartButtonIsAReason();
+    void aDisabledStartButtonIsAReason();
+    void aBoxThatWaitsIsReportedAndClosedAndThrowingEventHandlersAreContained();
+    void tracesGoToTheStandardErrorStream();
+
+    void aScreenshotIsSavedHeadlessAndInAWindow();
+    void aScreenshotIsTakenAfterTheShots();
+    void aScreenshotThatCannotBeWrittenEndsWithTwo();
+
+private:
+    QTemporaryDir m_folder;
+    QString m_recording;
+};
+
+void TestProgram::initTestCase()
+{
+    m_recording = m_folder.filePath("bearings.csv");
+    QFile file(m_recording);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(recordingText());
+}
+
+void TestProgram::helpAndVersionGoToTheStandardOutput()
+{
+    Outcome outcome = run({"--help"});
+    QCOMPARE(outcome.exitCode, 0);
+    QVERIFY(outcome.output.startsWith("Usage: dflocate-workbench [options]"));
+    QCOMPARE(outcome.errors, QString());
+    outcome = run({"--version"});
+    QCOMPARE(outcome.exitCode, 0);
+    QVERIFY(outcome.output.startsWith("dflocate-workbench "));
+}
+
+void TestProgram::badOptionsEndWithTwoBeforeAnythingRuns()
+{
+    const Outcome outcome = run({"--headless", "--shots", "none"});
+    QCOMPARE(outcome.exitCode, 2);
+    QCOMPARE(outcome.output, QString());
+    QCOMPARE(outcome.errors, QStringLiteral("Option --shots: \"none\" was given, but a whole number of at least 1 was "
+                                            "expected.\nThe option --help lists all options.\n"));
+}
+
+void TestProgram::oneShotIsTheDefault()
+{
+    const Outcome outcome = run({"--headless"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    QCOMPARE(outcome.output.count("Result "), 2); // its heading and its time
+    QVERIFY(outcome.output.startsWith("Result 1\n"));
+}
+
+void TestProgram::shotsAreCountedInTheTable()
+{
+    const Outcome outcome = run({"--headless", "--shots", "3"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    for (const char* const heading : {"Result 1\n", "Result 2\n", "Result 3\n"})
+        QVERIFY2(outcome.output.contains(QLatin1String(heading)), heading);
+    QVERIFY(!outcome.output.contains("Result 4\n"));
+}
+
+void TestProgram::jsonIsOneDocumentAndNothingElse()
+{
+    const Outcome outcome = run({"--headless", "--json", "--shots", "2"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    const QJsonArray shots = outcome.json();
+    QCOMPARE(shots.size(), 2);
+    QCOMPARE(shots[1].toObject()["shot"].toInt(), 2);
+    const QJsonArray stations = shots[0].toObject()["stations"].toArray();
+    QCOMPARE(stations.size(), 5);
+    int bearings = 0;
+    for (const QJsonValue& station : stations)
+        bearings += station.toObject()["azimuth"].isDouble() ? 1 : 0;
+    QVERIFY2(bearings >= 3, qPrintable(outcome.output));
+    const QJsonObject widgets = shots[0].toObject()["widgets"].toObject();
+    QCOMPARE(widgets["directionFinder"].toString(), stations[0].toObject()["name"].toString());
+    QCOMPARE(widgets["averageBearing"].toString(),
+             QString::number(stations[0].toObject()["azimuth"].toDouble(), 'f', 1) + QChar(0xb0));
+    QCOMPARE(widgets["locationFindingTime"].toString(), shots[0].toObject()["resultTime"].toString().right(8));
+}
+
+void TestProgram::theSameSeedGivesTheSameOutput()
+{
+    const QStringList arguments{"--headless", "--json", "--shots", "3", "--seed", "7"};
+    const Outcome first = run(arguments);
+    QCOMPARE(first.exitCode, 0);
+    QCOMPARE(run(arguments).output, first.output);
+}
+
+void TestProgram::anotherSeedGivesAnotherOutput()
+{
+    QVERIFY(run({"--headless", "--seed", "7"}).output != run({"--headless", "--seed", "8"}).output);
+}
+
+void TestProgram::cyclicMeasuringLastsAsLongAsWanted()
+{
+    const Outcome outcome = run({"--headless", "--json", "--cyclic", "5"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    const QJsonArray shots = outcome.json();
+    QVERIFY(shots.size() >= 2);
+    const auto time = [&shots](int index) {
+        return QDateTime::fromString(shots[index].toObject()["resultTime"].toString(), "yyyy-MM-dd HH:mm:ss");
+    };
+    QVERIFY(time(0).isValid());
+    const qint64 seconds = time(0).secsTo(time(shots.size() - 1));
+    QVERIFY2(seconds >= 4 && seconds <= 6, qPrintable(QString::number(seconds)));
+}
+
+void TestProgram::cyclicMeasuringIsDeterministic()
+{
+    const QStringList arguments{"--headless", "--json", "--cyclic", "3"};
+    QCOMPARE(run(arguments).output, run(arguments).output);
+}
+
+void TestProgram::offlineLoadsTheComponentAndEnds()
+{
+    const Outcome outcome = run({"--headless", "--offline"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    QCOMPARE(outcome.output, QString());
+    QCOMPARE(run({"--headless", "--offline", "--json"}).output, QStringLiteral("[\n]\n"));
+}
+
+void TestProgram::withoutADisplayTheSameJobIsDoneHeadless()
+{
+    QProcessEnvironment bare = environment();
+    for (const char* const name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        bare.remove(QLatin1String(name));
+    const Outcome outcome = run({}, bare);
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    QVERIFY(outcome.errors.startsWith(
+        "There is no display (neither DISPLAY nor WAYLAND_DISPLAY is set): working without a window.\n"));
+    QCOMPARE(outcome.output, run({"--headless"}).output);
+}
+
+void TestProgram::withoutADisplayOfflineMakesNoShot()
+{
+    QProcessEnvironment bare = environment();
+    for (const char* const name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        bare.remove(QLatin1String(name));
+    const Outcome outcome = run({"--offline"}, bare);
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    QCOMPARE(outcome.output, QString());
+}
+
+void TestProgram::aRecordingIsPlayed()
+{
+    const Outcome outcome = run({"--headless", "--json", "--recording", m_recording, "--shots", "2"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    const QJsonArray shots = outcome.json();
+    const QJsonArray first = shots[0].toObject()["stations"].toArray();
+    QCOMPARE(first.size(), 2);
+    QCOMPARE(first[0].toObject()["name"].toString(), QStringLiteral("Bridge"));
+    QCOMPARE(first[0].toObject()["azimuth"].toDouble(), 78.6);
+    QCOMPARE(first[1].toObject()["azimuth"].toDouble(), 285.1);
+    QVERIFY(first[0].toObject()["quality"].isNull());
+    QVERIFY(first[0].toObject()["level"].isNull());
+    QVERIFY(shots[0].toObject()["frequency"].isNull());
+    QVERIFY(shots[0].toObject()["resultTime"].isNull());
+    const QJsonArray second = shots[1].toObject()["stations"].toArray();
+    QCOMPARE(second[0].toObject()["azimuth"].toDouble(), 80.3);
+}
+
+void TestProgram::whatARecordingDoesNotHoldIsTakenFromTheOptions()
+{
+    const Outcome outcome = run({"--headless", "--json", "--recording", m_recording, "--frequency", "150000000",
+                                 "--level", "20.5", "--quality", "80", "--time", "07:08:09"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    const QJsonObject shot = outcome.json()[0].toObject();
+    QCOMPARE(shot["frequency"].toDouble(), 150e6);
+    QCOMPARE(shot["resultTime"].toString(), QStringLiteral("2012-06-18 07:08:09"));
+    const QJsonObject station = shot["stations"].toArray()[0].toObject();
+    QCOMPARE(station["level"].toDouble(), 20.5);
+    QCOMPARE(station["quality"].toDouble(), 80.0);
+    QCOMPARE(shot["widgets"].toObject()["averageQuality"].toString(), QStringLiteral("80%"));
+}
+
+void TestProgram::moreShotsThanRecordedAreRefusedAtOnce()
+{
+    const Outcome outcome = run({"--headless", "--recording", m_recording, "--shots", "3"});
+    QCOMPARE(outcome.exitCode, 2);
+    QCOMPARE(outcome.output, QString());
+    QCOMPARE(outcome.errors, m_recording + ": 3 shots are wanted (--shots), but the recording has 2.\n");
+}
+
+void TestProgram::aCyclicRecordingEndsWithItsLastShot()
+{
+    const Outcome outcome = run({"--headless", "--json", "--recording", m_recording, "--cyclic", "3600"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    QCOMPARE(outcome.json().size(), 2);
+}
+
+void TestProgram::resultsAreRecorded()
+{
+    const QString file = m_folder.filePath("new.csv");
+    const Outcome recorded = run({"--headless", "--json", "--shots", "2", "--record", file});
+    QVERIFY2(recorded.exitCode == 0, qPrintable(recorded.errors));
+    const Outcome played = run({"--headless", "--json", "--recording", file, "--shots", "2"});
+    QVERIFY2(played.exitCode == 0, qPrintable(played.errors));
+    QCOMPARE(played.json()[1].toObject()["stations"].toArray()[0].toObject()["azimuth"],
+             recorded.json()[1].toObject()["stations"].toArray()[0].toObject()["azimuth"]);
+}
+
+void TestProgram::aRecordFileThatCannotBeWrittenIsRefusedAtOnce()
+{
+    const QString file = m_folder.filePath("missing/new.csv");
+    const Outcome outcome = run({"--headless", "--record", file});
+    QCOMPARE(outcome.exitCode, 2);
+    QCOMPARE(outcome.output, QString());
+    QVERIFY2(outcome.errors.startsWith(file + ": the recording cannot be written: "), qPrintable(outcome.errors));
+}
+
+void TestProgram::aRecordingIsNotRecordedOver()
+{
+    const Outcome outcome = run({"--headless", "--recording", m_recording, "--record", m_recording});
+    QCOMPARE(outcome.exitCode, 2);
+    QCOMPARE(outcome.errors, m_recording + ": the recording that is played cannot be recorded over.\n");
+}
+
+void TestProgram::badScenariosAndRecordingsEndWithTwo()
+{
+    const QString bad = m_folder.filePath("bad.txt");
+    QFile file(bad);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("{ nonsense\n");
+    file.close();
+    for (const char* const option : {"--scenario", "--recording"}) {
+        for (const QString& name : {bad, m_folder.filePath("missing.txt")}) {
+            const Outcome outcome = run({"--headless", QLatin1String(option), name});
+            QCOMPARE(outcome.exitCode, 2);
+            QCOMPARE(outcome.output, QString());
+            QVERIFY2(outcome.errors.contains(name), qPrintable(outcome.errors));
+        }
+    }
+}
+
+void TestProgram::aWrongComponentEndsWithOneAndTheReason_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("missing") << "missing"
+                             << "there is no such component library.";
+    QTest::newRow("no exports") << "noexports"
+                                << "the library is no component: it does not export ZTCreate.";
+    QTest::newRow("no ZTDestroy") << "nodestroy"
+                                  << "the library is no component: it does not export ZTDestroy.";
+    QTest::newRow("null") << "createsnull"
+                          << "the component could not be created: ZTCreate returned nothing.";
+    QTest::newRow("throws") << "createthrows"
+                            << "the component could not be created: ZTCreate let an exception (out of order) out.";
+    QTest::newRow("throws int")
+        << "createthrowsint"
+        << "the component could not be created: ZTCreate let an exception of an unknown kind out.";
+    QTest::newRow("wrong class") << "wrongclass"
+                                 << "ZTCreate returned an object that is no GUI component.";
+    QTest::newRow("widgets throw")
+        << "widgetsthrow"
+        << "the component could not set its widgets up: it let an exception (no paint left) out.";
+    QTest::newRow("no toolbar") << "notoolbar"
+                                << "the component has no toolbar.";
+    QTest::newRow("services throw")
+        << "servicesthrow"
+        << "the component could not take the services over: it let an exception (no service) out.";
+    QTest::newRow("announcement throws")
+        << "announcementthrows"
+        << "the component could not bind to the values: it let an exception of an unknown kind out.";
+}
+
+void TestProgram::aWrongComponentEndsWithOneAndTheReason()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, reason);
+    const QStringList component = fixture(qPrintable(name));
+    const Outcome outcome = run(QStringList("--headless") + component);
+    QCOMPARE(outcome.exitCode, 1);
+    QCOMPARE(outcome.output, QString());
+    QCOMPARE(outcome.errors, component[1] + ": " + reason + "\n");
+}
+
+void TestProgram::aWrongComponentEndsWithOneInAWindowToo()
+{
+    const QString picture = m_folder.filePath("failure.png");
+    const Outcome outcome = run(QStringList{"--screenshot", picture} + fixture("noexports"));
+    QCOMPARE(outcome.exitCode, 1);
+    QVERIFY(!QImage(picture).isNull());
+}
+
+void TestProgram::aMissingStartButtonIsAReason()
+{
+    const Outcome outcome = run(QStringList("--headless") + fixture("callrecorder"));
+    QCOMPARE(outcome.exitCode, 1);
+    QCOMPARE(outcome.errors, QStringLiteral("The component's toolbar has no start button named DFStarter.\n"));
+}
+
+void TestProgram::aDisabledStartButtonIsAReason()
+{
+    const Outcome outcome = run(QStringList{"--headless", "--json"} + fixture("disabledbutton"));
+    QCOMPARE(outcome.exitCode, 1);
+    QCOMPARE(outcome.errors, QStringLiteral("The start button of the component is disabled.\n"));
+    QCOMPARE(outcome.output, QStringLiteral("[\n]\n"));
+}
+
+void TestProgram::aBoxThatWaitsIsReportedAndClosedAndThrowingEventHandlersAreContained()
+{
+    const Outcome outcome = run(QStringList("--headless") + fixture("idlebutton"));
+    QCOMPARE(outcome.exitCode, 1);
+    const QStringList lines = outcome.errors.split('\n', Qt::SkipEmptyParts);
+    QVERIFY2(lines.contains("A component let an exception (lost in a timer) out of an event handler."),
+             qPrintable(outcome.errors));
+    QVERIFY2(lines.contains("Warning: There is nothing to start"), qPrintable(outcome.errors));
+    QCOMPARE(
+        lines.last(),
+        QStringLiteral("The start button of the component was pressed, but the driver got no command to measure."));
+}
+
+void TestProgram::tracesGoToTheStandardErrorStream()
+{
+    const QString trace =
+        "userinterface/guicomponents/dflocatecomponent/dflocatetoolbar:142: Missing DF Value Enabled\n";
+    QVERIFY(run({"--headless", "--offline", "--trace"}).errors.contains(trace));
+    QVERIFY(!run({"--headless", "--offline"}).errors.contains("Missing DF Value"));
+}
+
+void TestProgram::aScreenshotIsSavedHeadlessAndInAWindow()
+{
+    const QString picture = m_folder.filePath("window.png");
+    for (const QStringList& mode : {QStringList(), QStringList("--headless")}) {
+        QFile::remove(picture);
+        const Outcome outcome = run(mode + QStringList{"--screenshot", picture});
+        QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+        const QImage image(picture);
+        QVERIFY(image.width() > 300 && image.height() > 200);
+    }
+}
+
+void TestProgram::aScreenshotIsTakenAfterTheShots()
+{
+    const QString before = m_folder.filePath("before.png");
+    const QString after = m_folder.filePath("after.png");
+    QCOMPARE(run({"--screenshot", before}).exitCode, 0);
+    QCOMPARE(run({"--screenshot", after, "--shots", "1"}).exitCode, 0);
+    QVERIFY(!QImage(after).isNull());
+    QVERIFY(QImage(before) != QImage(after));
+}
+
+void TestProgram::aScreenshotThatCannotBeWrittenEndsWithTwo()
+{
+    const QString picture = m_folder.filePath("missing/window.png");
+    const Outcome outcome = run({"--headless", "--screenshot", picture});
+    QCOMPARE(outcome.exitCode, 2);
+    QVERIFY2(outcome.errors.startsWith(picture + ": the picture cannot be written: "), qPrintable(outcome.errors));
+}
+
+DFL_TEST_MAIN_WITH(TestProgram, QGuiApplication)
+#include "tst_program.moc"
