@@ -2,12 +2,12 @@
 
 #include "entryguard.h"
 #include "errortext.h"
+#include "fittedtext.h"
 #include "hostcodes.h"
 #include "icons/magnifier.xpm"
 #include "resulttime.h"
 #include "valuetools.h"
 
-#include "valuewidgets/vccomboboxclassic.h"
 #include "ztbase/brix/numbers.h"
 
 #include <QIcon>
@@ -111,7 +111,7 @@ bool DFDetailToolbar::LinkMissing(values::ValueObservingPtr<T>& pointer, QLatin1
 
 void DFDetailToolbar::AddStationCombo()
 {
-    m_pStationCombo = new VCComboBoxClassic(m_pToolBar);
+    m_pStationCombo = new FittedComboBox(m_pToolBar);
     m_pStationCombo->setObjectName(QStringLiteral("direction finder name"));
     m_pStationCombo->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_pStationCombo->setMaximumWidth(stationComboMaximumWidth);
@@ -123,7 +123,7 @@ void DFDetailToolbar::AddStationCombo()
 QLabel* DFDetailToolbar::AddResultLabel(const QString& objectName, const QString& toolTip, int width,
                                         Qt::Alignment horizontal)
 {
-    auto* const label = new QLabel(nothingToShow, m_pToolBar);
+    auto* const label = new FittedLabel(nothingToShow, m_pToolBar);
     label->setObjectName(objectName);
     label->setToolTip(toolTip);
     label->setFixedWidth(width);

@@ -3,13 +3,13 @@
 #include "commandtable.h"
 #include "dfdetailtoolbar.h"
 #include "entryguard.h"
+#include "fittedtext.h"
 #include "hostcodes.h"
 #include "icons/dfletters.xpm"
 #include "locatestatushandler.h"
 #include "valuetools.h"
 
 #include "devicecontrol/guicentral.h"
-#include "valuewidgets/vccomboboxclassic.h"
 #include "valuewidgets/vcnumericfloatspin.h"
 
 #include <QCoreApplication>
@@ -189,13 +189,15 @@ void DFLocateToolBar::AddSpin(const QString& objectName, const QString& toolTip,
     spin->setObjectName(objectName);
     spin->setToolTip(toolTip);
     spin->setFixedWidth(spinWidth);
+    // There is room for the number or for the arrows; the arrow keys and the wheel do what the arrows would.
+    spin->setButtonSymbols(QAbstractSpinBox::NoButtons);
     spin->SetNumeric_ValuePath(m_toolbarPath + value);
     addWidget(spin);
 }
 
 void DFLocateToolBar::AddCombo(const QString& objectName, const QString& toolTip, int width, QLatin1String value)
 {
-    auto* const combo = new VCComboBoxClassic(this);
+    auto* const combo = new FittedComboBox(this);
     combo->setObjectName(objectName);
     combo->setToolTip(toolTip);
     combo->setFixedWidth(width);
