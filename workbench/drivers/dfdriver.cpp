@@ -60,13 +60,41 @@ QString fixed(double number, int decimals)
     return QString::number(number, 'f', decimals);
 }
 
-/// What is nearly 360 is 0 in the precision in which it is shown.
-std::optional<double> shownAzimuth(const StationResult& station)
+QString wholeText(double number)
+{
+    return fixed(number, 0);
+}
+
+QString levelText(double level)
+{
+    return fixed(level, 1);
+}
+
+QString positionText(double degrees)
+{
+    return fixed(degrees, 6);
+}
+
+QString azimuthText(double azimuth)
 {
     constexpr double stepsPerDegree = 10.0;
-    if (!station.azimuth)
-        return std::nullopt;
-    return geodesy::normalizedAzimuth(std::round(*station.azimuth * stepsPerDegree) / stepsPerDegree);
+    // Rounded first: what is nearly 360 is shown as 0.
+    return fixed(geodesy::normalizedAzimuth(std::round(azimuth * stepsPerDegree) / stepsPerDegree), 1);
+}
+
+std::optional<double> azimuthOf(const StationResult& station)
+{
+    return station.azimuth;
+}
+
+std::optional<double> qualityOf(const StationResult& station)
+{
+    return station.quality;
+}
+
+std::optional<double> levelOf(const StationResult& station)
+{
+    return station.level;
 }
 
 std::optional<double> latitudeOf(const StationResult& station)
@@ -104,6 +132,7 @@ public:
 private:
     using SelectionPtr = values::ValuePtr<ValueSelection>;
     using NumberOf = std::optional<double> (*)(const StationResult&);
+    using TextOf = QString (*)(double);
 
     // Every write below may be answered by an observer that deletes this driver: whoever does something after a write
     // looks at this first.
@@ -140,7 +169,7 @@ private:
     void writeQualities(const DfResult& result);
     void writeResultTime(const DfResult& result);
     void announceErrors(const DfResult& result);
-    void writeNumbers(const SelectionPtr& selection, const DfResult& result, NumberOf numberOf, int decimals,
+    void writeNumbers(const SelectionPtr& selection, const DfResult& result, NumberOf numberOf, TextOf textOf,
                       std::vector<TChangeCode> codes);
 
     void followSelectedStation();
@@ -486,7 +515,7 @@ void DfDriver::Private::publish(DfResult result)
 void DfDriver::Private::writeFrequency(const DfResult& result)
 {
     if (m_resultFrequency)
-        m_resultFrequency->SetValue(result.frequency ? fixed(*result.frequency, 0) : QString(), this);
+        m_resultFrequency->SetValue(result.frequency ? wholeText(*result.frequency) : QString(), this);
 }
 
 void DfDriver::Private::writeQualityThreshold(const DfResult& /*result*/)
@@ -511,17 +540,17 @@ void DfDriver::Private::writeAverageLatitude(const DfResult& /*result*/)
 
 void DfDriver::Private::writeLatitudes(const DfResult& result)
 {
-    writeNumbers(m_latitude, result, latitudeOf, 6, {ChangeItems});
+    writeNumbers(m_latitude, result, latitudeOf, positionText, {ChangeItems});
 }
 
 void DfDriver::Private::writeLongitudes(const DfResult& result)
 {
-    writeNumbers(m_longitude, result, longitudeOf, 6, {ChangeItems});
+    writeNumbers(m_longitude, result, longitudeOf, positionText, {ChangeItems});
 }
 
 void DfDriver::Private::writeLevels(const DfResult& result)
 {
-    writeNumbers(m_level, result, [](const StationResult& station) { return station.level; }, 1, {ChangeItems});
+    writeNumbers(m_level, result, levelOf, levelText, {ChangeItems});
 }
 
 void DfDriver::Private::writeStations(const DfResult& result)
@@ -546,7 +575,7 @@ void DfDriver::Private::writeStations(const DfResult& result)
 
 void DfDriver::Private::writeAzimuths(const DfResult& result)
 {
-    writeNumbers(m_azimuth, result, shownAzimuth, 1, {ChangeItems});
+    writeNumbers(m_azimuth, result, azimuthOf, azimuthText, {ChangeItems});
 }
 
 void DfDriver::Private::writeErrors(const DfResult& result)
@@ -564,8 +593,7 @@ void DfDriver::Private::writeErrors(const DfResult& result)
 
 void DfDriver::Private::writeQualities(const DfResult& result)
 {
-    writeNumbers(m_quality, result, [](const StationResult& station) { return station.quality; }, 0,
-                 {ChangeItems, ChangeContent});
+    writeNumbers(m_quality, result, qualityOf, wholeText, {ChangeItems, ChangeContent});
 }
 
 /// Announces every result once, also when two of them come within a second and when no time is known.
@@ -583,9 +611,10 @@ void DfDriver::Private::announceErrors(const DfResult& /*result*/)
         m_errors->HasChanged(ChangeContent, this);
 }
 
-/// Gives @p selection one item for each station that has such a number, and the selected station's as the current one.
+/// Gives @p selection one item for each station that has such a number (the item carries it unrounded), and the
+/// selected station's as the current one.
 void DfDriver::Private::writeNumbers(const SelectionPtr& selection, const DfResult& result, NumberOf numberOf,
-                                     int decimals, std::vector<TChangeCode> codes)
+                                     TextOf textOf, std::vector<TChangeCode> codes)
 {
     if (!selection)
         return;
@@ -593,7 +622,7 @@ void DfDriver::Private::writeNumbers(const SelectionPtr& selection, const DfResu
     selection->DeleteItems(this);
     for (const StationResult& station : result.stations) {
         if (const std::optional<double> number = numberOf(station))
-            selection->AddItem(fixed(*number, decimals), *number, station.stationId, this);
+            selection->AddItem(textOf(*number), *number, station.stationId, this);
     }
     selection->Select(selectedStation(), this);
 }

@@ -92,6 +92,8 @@ RecordingWriter::RecordingWriter(const QString& file)
 
 bool RecordingWriter::append(const DfResult& result)
 {
+    if (!m_file.isOpen())
+        return false;
     const QString reason = objection(result);
     if (!reason.isEmpty())
         return fail(reason);
@@ -108,6 +110,8 @@ bool RecordingWriter::append(const DfResult& result)
 
 bool RecordingWriter::commit()
 {
+    if (!m_file.isOpen())
+        return false;
     if (!m_file.commit())
         return fail(m_file.errorString());
     m_error.clear();
