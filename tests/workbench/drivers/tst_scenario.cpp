@@ -150,9 +150,9 @@ void ScenarioTest::oneErrorIsToldWithFileLineAndField_data()
          "s.json:1: start: expected a UTC time as \"yyyy-MM-ddThh:mm:ssZ\", found \"2026-05-14T09:30:00\"");
     root("start impossible", "05-14T", "02-30T",
          "s.json:1: start: expected a UTC time as \"yyyy-MM-ddThh:mm:ssZ\", found \"2026-02-30T09:30:00Z\"");
-    root("frequency zero", R"("frequencyHz": 1e8,)", R"("frequencyHz": 0,)",
+    root("frequency zero", R"(Z", "frequencyHz": 1e8,)", R"(Z", "frequencyHz": 0,)",
          "s.json:1: frequencyHz: expected a frequency in Hz from 1 to 1e12, found 0");
-    root("frequency text", R"("frequencyHz": 1e8,)", R"("frequencyHz": "1",)",
+    root("frequency text", R"(Z", "frequencyHz": 1e8,)", R"(Z", "frequencyHz": "1",)",
          "s.json:1: frequencyHz: expected a frequency in Hz from 1 to 1e12, found \"1\"");
     root("no stations", station, "", "s.json:2: stations: expected a list that is not empty, found []");
     root("stations no list", "[" + station + "]", "{}",
