@@ -9,20 +9,21 @@ namespace JobXml {
 
 namespace {
 
-constexpr QLatin1String settingsElement("DF_Settings");
-constexpr QLatin1String bandwidthElement("Bandwidth");
-constexpr QLatin1String averagingElement("Averaging");
-constexpr QLatin1String dfModeElement("DFMode");
-constexpr QLatin1String detailElement("Detail");
-constexpr QLatin1String frequencyOffsetElement("FrequencyOffset");
-constexpr QLatin1String workflowElement("Workflow");
-constexpr QLatin1String locateTypeElement("LocateType");
-constexpr QLatin1String activityElement("Activity");
-constexpr QLatin1String activityTriggerElement("ActivityTrigger");
+const QLatin1String settingsElement("DF_Settings");
+const QLatin1String bandwidthElement("Bandwidth");
+const QLatin1String averagingElement("Averaging");
+const QLatin1String dfModeElement("DFMode");
+const QLatin1String detailElement("Detail");
+const QLatin1String frequencyOffsetElement("FrequencyOffset");
+const QLatin1String workflowElement("Workflow");
+const QLatin1String locateTypeElement("LocateType");
+const QLatin1String activityElement("Activity");
+const QLatin1String activityTriggerElement("ActivityTrigger");
 
-// The lists stand in the order of the enumerations, whose "unset" is the position of a name that is not in the list.
-// Modes are told apart by so many characters; what follows them is wording ("Normal").
+// What follows these characters of a mode's name is wording: "Normal" is "Norm".
 constexpr int modeNameLength = 4;
+
+// The names stand in the order of the enumerations.
 
 const QStringList& dfModes()
 {
@@ -56,7 +57,7 @@ const QStringList& activityTriggers()
     return names;
 }
 
-// Both conversions use that a list gives -1 for an unknown name and an empty text for an unknown position.
+// "Unset" is -1 because that is the position of an unknown name; the text at an unknown position is empty.
 template <typename Choice>
 Choice fromName(const QStringList& names, const QString& name)
 {

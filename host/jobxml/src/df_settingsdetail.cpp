@@ -8,8 +8,8 @@
 namespace JobXml {
 
 namespace {
-constexpr QLatin1String qualityThresholdElement("QualityThreshold");
-constexpr QLatin1String levelThresholdElement("LevelThreshold");
+const QLatin1String qualityThresholdElement("QualityThreshold");
+const QLatin1String levelThresholdElement("LevelThreshold");
 } // namespace
 
 bool DF_SettingsDetail::HasData() const

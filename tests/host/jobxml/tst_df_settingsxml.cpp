@@ -500,12 +500,13 @@ private slots:
     {
         const auto nested = [](int depth) {
             // The root is the first level.
-            return root(QString("<a>").repeated(depth - 1) + QString("</a>").repeated(depth - 1) +
-                        "<Averaging>200</Averaging>");
+            return root("<Averaging>200</Averaging>" + QString("<a>").repeated(depth - 1) +
+                        QString("</a>").repeated(depth - 1) + "<Bandwidth>300</Bandwidth>");
         };
         DF_Settings settings;
         QVERIFY(settings.SetXmlString(nested(DF_Settings::MaxXmlDepth)));
         QCOMPARE(settings.GetAveraging(), 200.0);
+        QCOMPARE(settings.GetBandwidth().GetValue(), 300.0);
         QVERIFY(isRefused(nested(DF_Settings::MaxXmlDepth + 1)));
         QVERIFY(isRefused(nested(9000)));
         QVERIFY(isRefused(root(QString("<a>").repeated(20000))));
