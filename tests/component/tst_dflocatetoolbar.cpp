@@ -11,6 +11,7 @@
 #include "valuewidgets/vcnumericfloatspin.h"
 
 #include <QLabel>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QPointer>
 #include <QShortcutEvent>
@@ -83,7 +84,7 @@ std::vector<TraceRecord> toolbarTraces(const Traces& traces)
     return own;
 }
 
-/// Name of a hot key of another subwindow, to see that it is left alone.
+/// The hot-key overview, a line each.
 QStringList listedHotKeys()
 {
     QStringList listed;
@@ -116,6 +117,7 @@ private slots:
     void everySettingHasItsWidget();
     void aSettingThatAppearsLaterIsBoundThen();
     void aThresholdOutOfUseCanBeEdited();
+    void thresholdsOfThreeDigitsAreShownWhole();
     void everyComponentInTheNameBecomesHandler();
     void aNameWithoutComponentIsUsedAsItIs();
     void theStatusDisplayUsesTheHandlersFolder();
@@ -188,7 +190,9 @@ private slots:
     // External trigger
     void theTriggerIsPublishedAndNotInUse();
     void anExistingTriggerIsUsed();
+    void aTriggerSetAsSoonAsItIsPublishedDoesNothing();
     void theStateOfTheTriggerTellsWhetherDfRuns();
+    void theStateOfTheTriggerIsWrittenAsOnesOwn();
     void theTriggerRequestsOneDf();
     void theTriggerStartsCyclicDf();
     void theTriggerDoesNotStopCyclicDf();
@@ -355,6 +359,20 @@ void TestDFLocateToolBar::aThresholdOutOfUseCanBeEdited()
     spin->stepUp();
     QCOMPARE(driver.levelThreshold->GetValue(), 21);
     QCOMPARE(driver.levelThreshold->GetState(), values::StateOrdinary);
+}
+
+void TestDFLocateToolBar::thresholdsOfThreeDigitsAreShownWhole()
+{
+    const DriverValues driver;
+    const Toolbar toolbar;
+    toolbar.bar->show();
+    QVERIFY(QTest::qWaitForWindowExposed(toolbar.bar));
+    for (const char* name : {"Level threshold", "Quality threshold"}) {
+        const auto* const edit =
+            toolbar.bar->findChild<VCNumericFloatSpin*>(QLatin1String(name))->findChild<QLineEdit*>();
+        for (const char* text : {"-40", "200"})
+            QVERIFY(edit->fontMetrics().horizontalAdvance(QLatin1String(text)) <= edit->contentsRect().width());
+    }
 }
 
 void TestDFLocateToolBar::everyComponentInTheNameBecomesHandler()
@@ -1167,6 +1185,22 @@ void TestDFLocateToolBar::anExistingTriggerIsUsed()
     QCOMPARE(log.keys, Keys{9});
 }
 
+void TestDFLocateToolBar::aTriggerSetAsSoonAsItIsPublishedDoesNothing()
+{
+    const DriverValues driver;
+    auto* const existing = driver.tree.add<values::BoolValue>(componentName + "TriggerLocateStart");
+    RecordingObserver impatient([existing](Observable*, TChangeCode code) {
+        if (code == ChangeState)
+            existing->SetValue(true, nullptr);
+    });
+    values::ValueObservingPtr<values::BoolValue> binding(&impatient);
+    binding.Assign(existing);
+    const CommandLog log(driver.commands);
+    const Toolbar toolbar;
+    QVERIFY(existing->GetValue());
+    QVERIFY(log.codes().empty());
+}
+
 void TestDFLocateToolBar::theStateOfTheTriggerTellsWhetherDfRuns()
 {
     const DriverValues driver;
@@ -1177,6 +1211,38 @@ void TestDFLocateToolBar::theStateOfTheTriggerTellsWhetherDfRuns()
     QCOMPARE(trigger()->GetState(), values::StateOrdinary);
     driver.running->SetValue(false, nullptr);
     QCOMPARE(trigger()->GetState(), values::StateUnused);
+}
+
+namespace {
+
+/// Notes what it is told of the state of values.
+class ListeningToolBar : public DFLocateToolBar
+{
+public:
+    using DFLocateToolBar::DFLocateToolBar;
+    void Update(Observable* source, TChangeCode code) override
+    {
+        if (code == ChangeState)
+            statesHeard.push_back(source);
+        DFLocateToolBar::Update(source, code);
+    }
+
+    std::vector<Observable*> statesHeard;
+};
+
+} // namespace
+
+void TestDFLocateToolBar::theStateOfTheTriggerIsWrittenAsOnesOwn()
+{
+    const DriverValues driver;
+    VelmarGui::GuiComponentCommon common;
+    ListeningToolBar toolbar(&common, componentName);
+    QVERIFY(QMetaObject::invokeMethod(&toolbar, "sl_VTConnected", Qt::DirectConnection));
+    driver.running->SetValue(true, nullptr);
+    QCOMPARE(trigger()->GetState(), values::StateOrdinary);
+    QVERIFY(toolbar.statesHeard.empty());
+    trigger()->SetState(values::StateUnused, nullptr);
+    QCOMPARE(toolbar.statesHeard.size(), std::size_t(1));
 }
 
 void TestDFLocateToolBar::theTriggerRequestsOneDf()

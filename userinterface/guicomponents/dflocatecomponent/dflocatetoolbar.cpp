@@ -297,7 +297,8 @@ void DFLocateToolBar::HandleWorkflowChange()
 
 void DFLocateToolBar::HandleExternalTrigger()
 {
-    if (!m_pStartButton->isEnabled() || !m_workflow)
+    // The trigger is published before there is a workflow, or a button.
+    if (!m_workflow || !m_pStartButton->isEnabled())
         return;
     const QPointer<DFLocateToolBar> alive(this);
     if (IsContinuous()) {

@@ -26,7 +26,7 @@ class LocateStatusHandler;
 /// tells whether DF runs.
 ///
 /// The toolbar binds the values that exist when it is made; "DFRunning" is bound in sl_VTConnected(). It may be deleted
-/// at any time, a warning of its own being open included.
+/// at any time, also while a warning of its own is open and while a command of its own is carried out.
 class DFLocateToolBar : public QToolBar, public GuiComponentTools, public IObserver
 {
     Q_OBJECT
