@@ -383,7 +383,9 @@ Loaded<Scenario> loadScenario(const QString& fileName)
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
         return {std::nullopt, {fileName + QLatin1String(": cannot be read: ") + file.errorString()}};
-    const QByteArray json = file.readAll();
+    QByteArray json = file.readAll();
+    if (json.startsWith("\xEF\xBB\xBF"))
+        json.remove(0, 3);
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
     if (document.isNull()) {

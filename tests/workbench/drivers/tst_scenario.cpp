@@ -31,6 +31,7 @@ private slots:
     void everyFieldIsRead();
     void whatIsNotGivenHasItsDefault();
     void wattsBecomeDbm();
+    void aByteOrderMarkMakesNoDifference();
     void oneErrorIsToldWithFileLineAndField_data();
     void oneErrorIsToldWithFileLineAndField();
     void allErrorsAreToldInTheOrderOfTheFile();
@@ -132,6 +133,11 @@ void ScenarioTest::wattsBecomeDbm()
     const Loaded<Scenario> loaded = loadScenario(m_files.write(QStringLiteral("s.json"), scenarioText(station, text)));
     QVERIFY2(loaded, qPrintable(loaded.errors.join(QLatin1Char('\n'))));
     QCOMPARE(loaded.value->emitters.at(0).eirp, 50.0);
+}
+
+void ScenarioTest::aByteOrderMarkMakesNoDifference()
+{
+    QCOMPARE(errorsOf("\xEF\xBB\xBF" + scenarioText(station, emitter)), QStringList());
 }
 
 void ScenarioTest::oneErrorIsToldWithFileLineAndField_data()

@@ -44,6 +44,7 @@ void SurveyTest::everyBearingOfTheSurveyReachesTheResultValues()
         return;
     }
     const QString file = folder + QStringLiteral("/bearings-survey-2012.csv");
+    QVERIFY2(QFile::exists(file), qPrintable(file + QStringLiteral(" is missing")));
     // Read here by other means than those under test; the survey has no quoted fields.
     QList<QByteArray> lines = testsupport::TextFiles::content(file).trimmed().split('\n');
     lines.removeFirst();
