@@ -51,26 +51,14 @@ QString ComponentError::text() const
 LoadedComponent::LoadedComponent(const QString& file)
     : m_library(file)
 {
-#if defined(__SANITIZE_ADDRESS__)
-    // The leak checker names frames when the process ends; those of an unloaded library have no names, and known leaks
-    // could not be told from others.
     m_library.setLoadHints(QLibrary::PreventUnloadHint);
-#endif
 }
 
 LoadedComponent::~LoadedComponent()
 {
-    destroyComponent();
-    m_library.unload();
-}
-
-void LoadedComponent::destroyComponent()
-{
-    m_component = nullptr;
-    IDllInstance* const instance = std::exchange(m_instance, nullptr);
-    if (instance == nullptr)
+    if (m_instance == nullptr)
         return;
-    if (const auto thrown = contained([&] { m_destroy(instance); }))
+    if (const auto thrown = contained([this] { m_destroy(m_instance); }))
         qWarning("%s", qPrintable(tr("%1: ZTDestroy let %2 out.").arg(file(), *thrown)));
 }
 

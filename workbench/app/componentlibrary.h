@@ -40,8 +40,10 @@ struct ComponentError
     [[nodiscard]] QString text() const;
 };
 
-/// A component object and the library it comes from. The end of its life hands the object back to the library (unless
-/// that was done), then unloads the library: all other objects of the library must be gone by then.
+/// A component object and the library it comes from. The end of its life hands the object back to the library.
+///
+/// A library whose code has run stays in memory until the process ends. Nobody can know what of it is still in use: a
+/// text literal handed to a value, for one, is shared with the library and not copied.
 class LoadedComponent
 {
 public:
@@ -51,9 +53,6 @@ public:
 
     [[nodiscard]] VelmarGui::IGuiComponent& component() const { return *m_component; }
     [[nodiscard]] QString file() const { return m_library.fileName(); }
-
-    /// Hands the object back to the library, which stays loaded. The component must not be used any more.
-    void destroyComponent();
 
 private:
     friend std::variant<std::unique_ptr<LoadedComponent>, ComponentError> loadComponent(const QString&, const QString&);
@@ -65,8 +64,8 @@ private:
     void (*m_destroy)(IDllInstance*) = nullptr;
 };
 
-/// Loads the component library @p file and has it create its component under the bare name @p componentName. A library
-/// that turns out not to be usable is unloaded again. GUI thread only.
+/// Loads the component library @p file and has it create its component under the bare name @p componentName. GUI
+/// thread only.
 [[nodiscard]] std::variant<std::unique_ptr<LoadedComponent>, ComponentError>
 loadComponent(const QString& file, const QString& componentName);
 

@@ -213,6 +213,7 @@ void MainWindow::place(QToolBar* toolBar, QWidget* panel)
         auto* const scrollArea = new QScrollArea; // a panel may be higher than the screen
         scrollArea->setWidgetResizable(true);
         scrollArea->setFrameShape(QFrame::NoFrame);
+        scrollArea->setFocusPolicy(Qt::NoFocus); // the panel's fields take it, and scroll it
         scrollArea->setWidget(panel);
         content = scrollArea;
     }

@@ -204,10 +204,16 @@ void checkConflicts(Reader& reader)
     reader.needs(jsonName, headlessName);
 }
 
-QString helpText(const QCommandLineParser& parser, const QString& program)
+QString helpText(const QCommandLineParser& parser)
 {
-    // Without an application object the parser does not know the program's name.
-    return parser.helpText().replace(QLatin1String("<executable_name>"), program);
+    // The parser asks the application object for the program's name.
+    int argumentCount = 1;
+    char program[] = "dflocate-workbench";
+    char* arguments[] = {program, nullptr};
+    std::optional<QCoreApplication> application;
+    if (QCoreApplication::instance() == nullptr)
+        application.emplace(argumentCount, arguments);
+    return parser.helpText();
 }
 
 } // namespace
@@ -226,7 +232,7 @@ CommandLine readCommandLine(const QStringList& arguments)
         return commandLine;
     }
     if (parser.isSet(helpName)) {
-        commandLine.informationText = helpText(parser, QStringLiteral("dflocate-workbench"));
+        commandLine.informationText = helpText(parser);
         return commandLine;
     }
     if (parser.isSet(versionName)) {

@@ -122,12 +122,10 @@ void Session::endComponent()
         }))
         qWarning("%s", qPrintable(tr("%1: leaving the component let %2 out.").arg(m_component->file(), *thrown)));
 
-    // The panel is the host's, the toolbar the component's. What is left of either goes while its code is still there.
+    // The panel is the host's, the toolbar the component's; one that its component forgets goes all the same.
     delete m_panel;
-    m_component->destroyComponent();
-    delete m_toolBar;
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     m_component.reset();
+    delete m_toolBar;
 }
 
 } // namespace workbench

@@ -29,10 +29,10 @@ class UserInputControl;
 [[nodiscard]] QString parameterRoot();
 /// @}
 
-/// One component at work with one driver, from loading to unloading. GUI thread only.
+/// One component at work with one driver, from loading to handing it back. GUI thread only.
 ///
-/// The widgets of the component may be deleted by their new parents before or be still alive when the session ends; the
-/// session deletes those that are left before the library goes.
+/// The window that holds the component's widgets may end before or after the session; the session deletes the widgets
+/// that are left.
 class Session : public QObject
 {
     Q_OBJECT

@@ -134,9 +134,11 @@ ValueTreeModel::~ValueTreeModel()
 
 void ValueTreeModel::ValueInserted(values::ValueBase* value)
 {
-    Node& node = nodeAt(value->GetPathName());
-    node.observe(value);
-    markChanged(node); // the row may have been there as a folder
+    const QString path = value->GetPathName();
+    Node* const folder = m_nodes.value(path);
+    nodeAt(path).observe(value);
+    if (folder != nullptr)
+        markChanged(*folder);
 }
 
 void ValueTreeModel::ValueRemoved(const QString& path)

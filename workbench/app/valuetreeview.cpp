@@ -5,12 +5,28 @@
 #include "valueframework/valuebase.h"
 
 #include <QComboBox>
+#include <QEvent>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QTreeView>
 #include <QVBoxLayout>
 
 namespace workbench {
+
+namespace {
+
+/// Keys edit the value of the current row, whichever column is current: rows are selected, not cells.
+class RowEditingTree final : public QTreeView
+{
+protected:
+    bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override
+    {
+        const bool isKey = event != nullptr && event->type() == QEvent::KeyPress;
+        return QTreeView::edit(isKey ? index.siblingAtColumn(ValueTreeModel::ValueColumn) : index, trigger, event);
+    }
+};
+
+} // namespace
 
 ValueTreeFilter::ValueTreeFilter(QObject* parent)
     : QSortFilterProxyModel(parent)
@@ -81,7 +97,7 @@ ValueTreeView::ValueTreeView(QWidget* parent)
     , m_model(new ValueTreeModel(this))
     , m_filter(new ValueTreeFilter(this))
     , m_filterEdit(new QLineEdit)
-    , m_tree(new QTreeView)
+    , m_tree(new RowEditingTree)
 {
     m_filter->setSourceModel(m_model);
     m_filterEdit->setObjectName(QStringLiteral("ValueFilter"));
@@ -96,8 +112,7 @@ ValueTreeView::ValueTreeView(QWidget* parent)
     m_tree->setUniformRowHeights(true);
     m_tree->setAlternatingRowColors(true);
     m_tree->setTabKeyNavigation(false);
-    m_tree->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
-                            QAbstractItemView::AnyKeyPressed);
+    m_tree->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
     m_tree->header()->setStretchLastSection(false);
     m_tree->header()->setSectionResizeMode(ValueTreeModel::ValueColumn, QHeaderView::Stretch);
     const int letter = m_tree->fontMetrics().averageCharWidth();

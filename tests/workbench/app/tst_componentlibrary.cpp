@@ -110,8 +110,7 @@ void TestComponentLibrary::theComponentGoesBackOnce()
 {
     qApp->setProperty("calls", QStringList());
     {
-        auto loaded = loadComponent(fixture("callrecorder"), componentName);
-        std::get<std::unique_ptr<LoadedComponent>>(loaded)->destroyComponent();
+        const auto loaded = loadComponent(fixture("callrecorder"), componentName);
     }
     QCOMPARE(qApp->property("calls").toStringList(), QStringList({"ZTCreate DFLocateComponent", "ZTDestroy"}));
 }

@@ -50,7 +50,7 @@ private slots:
     void offlineTheComponentMakesTheValues();
     void aSessionThatEndsFirstDeletesPanelThenComponent();
     void aWindowThatEndsFirstTakesItsWidgetsAlong();
-    void aToolBarThatItsComponentForgetsIsDeletedBeforeTheLibraryGoes();
+    void aToolBarThatItsComponentForgetsIsDeleted();
     void aPanelMayBeMissing();
     void aFailureWhileStartingIsReportedAndNothingIsLeft_data();
     void aFailureWhileStartingIsReportedAndNothingIsLeft();
@@ -120,7 +120,7 @@ void TestSession::aWindowThatEndsFirstTakesItsWidgetsAlong()
     QCOMPARE(calls(), QStringList({"SglAboutToQuit, driver", "NotifyDetached, driver", "ZTDestroy, driver"}));
 }
 
-void TestSession::aToolBarThatItsComponentForgetsIsDeletedBeforeTheLibraryGoes()
+void TestSession::aToolBarThatItsComponentForgetsIsDeleted()
 {
     qApp->setProperty("keepToolBar", true);
     QMainWindow window;

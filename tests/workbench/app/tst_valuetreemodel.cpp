@@ -230,9 +230,8 @@ void TestValueTreeModel::aChangedValueIsDrawnAnew()
     auto* const value = tree.add<values::IntValue>("/A/a");
     const ValueTreeModel model;
     QSignalSpy changed(&model, &ValueTreeModel::dataChanged);
-    QTRY_VERIFY(changed.count() <= 1);
     value->SetValue(9, nullptr);
-    QTRY_VERIFY(!changed.isEmpty());
+    QTRY_COMPARE(changed.count(), 1);
     QCOMPARE(changed.last()[0].toModelIndex(), model.indexOf("/A/a", ValueTreeModel::NameColumn));
     QCOMPARE(changed.last()[1].toModelIndex(), model.indexOf("/A/a", ValueTreeModel::KindColumn));
     QCOMPARE(text(model, "/A/a", ValueTreeModel::ValueColumn), QStringLiteral("9"));
@@ -244,9 +243,8 @@ void TestValueTreeModel::aChangedStateIsDrawnAnew()
     auto* const value = tree.add<values::IntValue>("/a");
     const ValueTreeModel model;
     QSignalSpy changed(&model, &ValueTreeModel::dataChanged);
-    QTRY_COMPARE(changed.count(), 1); // of its coming
     value->SetState(values::StateUnused, nullptr);
-    QTRY_COMPARE(changed.count(), 2);
+    QTRY_COMPARE(changed.count(), 1);
     QCOMPARE(text(model, "/a", ValueTreeModel::StateColumn), QStringLiteral("2 not in use"));
 }
 
@@ -256,11 +254,10 @@ void TestValueTreeModel::manyChangesInOneFrameAreDrawnOnce()
     auto* const value = tree.add<values::IntValue>("/a");
     const ValueTreeModel model;
     QSignalSpy changed(&model, &ValueTreeModel::dataChanged);
-    QTRY_COMPARE(changed.count(), 1);
     for (int i = 1; i <= 1000; ++i)
         value->SetValue(i, nullptr);
-    QCOMPARE(changed.count(), 1);
-    QTRY_COMPARE(changed.count(), 2);
+    QCOMPARE(changed.count(), 0);
+    QTRY_COMPARE(changed.count(), 1);
 }
 
 void TestValueTreeModel::onlyTheChangedRowIsDrawn()
@@ -270,8 +267,6 @@ void TestValueTreeModel::onlyTheChangedRowIsDrawn()
         tree.add<values::IntValue>(QStringLiteral("/F/%1").arg(i));
     const ValueTreeModel model;
     QSignalSpy changed(&model, &ValueTreeModel::dataChanged);
-    QTRY_COMPARE(changed.count(), 20);
-    changed.clear();
     values::Tree::Instance()->FindValue("/F/7")->SetStringValue("1", nullptr);
     values::Tree::Instance()->FindValue("/F/9")->SetStringValue("1", nullptr);
     QTRY_COMPARE(changed.count(), 2);
@@ -284,11 +279,10 @@ void TestValueTreeModel::aValueThatGoesInTheFrameOfItsChangeIsNotDrawn()
     auto* const other = tree.add<values::IntValue>("/b");
     const ValueTreeModel model;
     QSignalSpy changed(&model, &ValueTreeModel::dataChanged);
-    QTRY_COMPARE(changed.count(), 2);
     value->SetValue(3, nullptr);
     values::Tree::Instance()->DeleteValue("/A/a");
     other->SetValue(3, nullptr);
-    QTRY_COMPARE(changed.count(), 3);
+    QTRY_COMPARE(changed.count(), 1);
     QCOMPARE(changed.last()[0].toModelIndex(), model.indexOf("/b"));
 }
 
