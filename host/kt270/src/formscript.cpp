@@ -98,7 +98,9 @@ ScriptOutcome FormScript::Run(const QString& code, int firstLine)
         outcome.line = firstLine;
     } else if (result.isError()) {
         outcome.error = result.toString();
-        outcome.line = std::max(firstLine, result.property(QStringLiteral("lineNumber")).toInt());
+        // An error behind the last line is one of the code's end; some errors know no line.
+        const int line = result.property(QStringLiteral("lineNumber")).toInt();
+        outcome.line = std::clamp(line, firstLine, firstLine + code.count(QLatin1Char('\n')));
     } else if (result.toString() != endMark) {
         outcome.error = QCoreApplication::translate("FormScript", "uncaught %1").arg(result.toString());
         outcome.line = firstLine;

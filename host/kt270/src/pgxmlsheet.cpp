@@ -1,7 +1,7 @@
 #include "kt270/pgxmlsheet.h"
 
 #include <QEvent>
-#include <QFormLayout>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QToolButton>
@@ -12,6 +12,10 @@
 namespace KT270 {
 
 namespace {
+
+constexpr int labelColumn = 0;
+constexpr int widgetColumn = 1;
+constexpr int columnCount = 2;
 
 QString withoutShortCut(QString label)
 {
@@ -26,8 +30,6 @@ QToolButton* createTitle(const QString& title, QWidget* parent)
     button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     button->setArrowType(Qt::DownArrow);
     button->setAutoRaise(true);
-    button->setCheckable(true);
-    button->setChecked(true);
     button->setFocusPolicy(Qt::StrongFocus);
     QFont font = button->font();
     font.setBold(true);
@@ -54,12 +56,12 @@ PgXmlSheet::PgXmlSheet(const QString& title, QWidget* parent)
     , m_title(createTitle(title, this))
     , m_mark(createMark(tr("Modified"), this))
     , m_body(new QWidget(this))
-    , m_layout(new QFormLayout(m_body))
+    , m_layout(new QGridLayout(m_body))
 {
     m_title->setToolTip(tr("Shows or hides the settings"));
     m_mark->setToolTip(tr("There are edits that have not been confirmed yet"));
-    m_layout->setRowWrapPolicy(QFormLayout::WrapLongRows);
-    m_layout->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    m_layout->setColumnStretch(labelColumn, 1);
+    m_layout->setColumnStretch(widgetColumn, 1);
     auto* const header = new QHBoxLayout;
     header->addWidget(m_title);
     header->addStretch();
@@ -68,11 +70,7 @@ PgXmlSheet::PgXmlSheet(const QString& title, QWidget* parent)
     all->addLayout(header);
     all->addWidget(m_body);
     all->addStretch();
-    connect(m_title, &QToolButton::toggled, this, [this](bool open) {
-        m_title->setArrowType(open ? Qt::DownArrow : Qt::RightArrow);
-        m_body->setVisible(open);
-        emit si_collapsedChanged(!open);
-    });
+    connect(m_title, &QToolButton::clicked, this, [this] { setCollapsed(!isCollapsed()); });
 }
 
 PgXmlSheet::~PgXmlSheet() = default;
@@ -88,6 +86,7 @@ void PgXmlSheet::InsertWidget(const QString& label, const QString& fieldName, QW
     if (!label.isEmpty()) {
         entry.label = new QLabel(label, m_body);
         entry.label->setBuddy(widget);
+        entry.label->setWordWrap(true);
         entry.label->setEnabled(widget->isEnabled());
         widget->setAccessibleName(withoutShortCut(label));
         connect(widget, &QObject::destroyed, entry.label, &QObject::deleteLater);
@@ -96,28 +95,27 @@ void PgXmlSheet::InsertWidget(const QString& label, const QString& fieldName, QW
     widget->installEventFilter(this);
 
     const auto isBefore = [](int number, const Row& other) { return number < other.number; };
-    const auto place = std::upper_bound(m_rows.begin(), m_rows.end(), row, isBefore);
-    const auto position = static_cast<std::size_t>(place - m_rows.begin());
-    AddToLayout(entry, position);
-    m_rows.insert(place, entry);
+    m_rows.insert(std::upper_bound(m_rows.begin(), m_rows.end(), row, isBefore), entry);
+    LayOutRows();
     OrderKeyboard();
 }
 
-/// Puts @p row in front of the rows from @p position on.
-void PgXmlSheet::AddToLayout(const Row& row, std::size_t position)
+void PgXmlSheet::LayOutRows()
 {
-    int index = m_layout->rowCount();
-    for (std::size_t i = position; i < m_rows.size(); ++i) {
-        if (m_rows[i].box) {
-            QFormLayout::ItemRole role = QFormLayout::FieldRole;
-            m_layout->getWidgetPosition(m_rows[i].box, &index, &role);
-            break;
+    int line = 0;
+    for (const Row& row : m_rows) {
+        if (!row.box)
+            continue;
+        m_layout->removeWidget(row.box);
+        if (row.label) {
+            m_layout->removeWidget(row.label);
+            m_layout->addWidget(row.label, line, labelColumn);
+            m_layout->addWidget(row.box, line, widgetColumn);
+        } else {
+            m_layout->addWidget(row.box, line, labelColumn, 1, columnCount);
         }
+        ++line;
     }
-    if (row.label)
-        m_layout->insertRow(index, row.label.data(), row.box.data());
-    else
-        m_layout->insertRow(index, row.box.data());
 }
 
 void PgXmlSheet::OrderKeyboard()
@@ -160,12 +158,16 @@ void PgXmlSheet::EnableInput(bool enable, int row)
 
 void PgXmlSheet::setCollapsed(bool collapsed)
 {
-    m_title->setChecked(!collapsed);
+    if (collapsed == isCollapsed())
+        return;
+    m_title->setArrowType(collapsed ? Qt::RightArrow : Qt::DownArrow);
+    m_body->setHidden(collapsed);
+    emit si_collapsedChanged(collapsed);
 }
 
 bool PgXmlSheet::isCollapsed() const
 {
-    return !m_title->isChecked();
+    return m_body->isHidden();
 }
 
 bool PgXmlSheet::eventFilter(QObject* watched, QEvent* event)

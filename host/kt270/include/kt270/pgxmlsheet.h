@@ -8,7 +8,7 @@
 
 #include <vector>
 
-class QFormLayout;
+class QGridLayout;
 class QLabel;
 class QToolButton;
 
@@ -16,7 +16,7 @@ namespace KT270 {
 
 /// The face of a form: labelled widgets in rows below a title that collapses them and shows whether there are edits.
 ///
-/// Long rows break in narrow windows. The keyboard goes through the rows from top to bottom. A wheel turned over a
+/// Labels break in narrow windows. The keyboard goes through the rows from top to bottom. A wheel turned over a
 /// widget that has not the focus scrolls and changes nothing. GUI thread only.
 class KT270_EXPORT PgXmlSheet : public QWidget
 {
@@ -63,14 +63,14 @@ private:
         QPointer<QWidget> box; // what stands in the layout
     };
 
-    void AddToLayout(const Row& row, std::size_t position);
+    void LayOutRows();
     void OrderKeyboard();
     [[nodiscard]] const Row* RowOf(const QObject* widget) const;
 
     QToolButton* m_title;
     QLabel* m_mark;
     QWidget* m_body;
-    QFormLayout* m_layout;
+    QGridLayout* m_layout;
     std::vector<Row> m_rows; // in the order shown
     bool m_modified = false;
 };
