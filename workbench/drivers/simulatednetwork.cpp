@@ -89,7 +89,7 @@ void SimulatedNetwork::answer(const DfRequest& request)
 
 DfResult SimulatedNetwork::measureNow(const DfRequest& request)
 {
-    if (request.mode != QLatin1String("Cont") || !haveSameSettings(request, m_averagedRequest))
+    if (!haveSameSettings(request, m_averagedRequest))
         m_averages.clear();
     m_averagedRequest = request;
 

@@ -17,7 +17,7 @@ namespace workbench {
 /// the tuned frequency lies outside it (NotInScanRange), it is outside its operating hours (NotInTimeRange), it does
 /// not answer (Timeout), there is nothing to measure (NoSignal): no emitter on the air within half the bandwidth around
 /// the tuned frequency, or the strongest of them too weak for the station or below the level threshold. The strongest
-/// emitter is chosen at each station by itself. A station with too weak a signal still tells no level.
+/// emitter is chosen at each station by itself. A station without a bearing tells no level either.
 ///
 /// Bearing, level and quality follow drivers/propagation.h; the bearing is the forward azimuth of the geodesic from the
 /// station to the emitter (WGS84) plus normally distributed noise. Modes: "Gate" measures only while the level is above
@@ -80,7 +80,7 @@ private:
     NoiseGenerator m_noise;
     QElapsedTimer m_realClock;
     qint64 m_simulatedMs = 0;
-    std::map<int, Average> m_averages; // by station
+    std::map<int, Average> m_averages; // by station, in mode "Cont"
     DfRequest m_averagedRequest;
 };
 

@@ -42,6 +42,7 @@ private slots:
     void longContentsAreShortenedInErrors();
 
     void linesOfAllMembersAndElementsAreFound();
+    void lineBreaksInsideTextsCount();
     void emittersTransmitInTheirSpansOnly();
     void operatingHoursMayPassMidnight();
 
@@ -348,6 +349,14 @@ void ScenarioTest::linesOfAllMembersAndElementsAreFound()
     QCOMPARE(lines.lineOf(QStringLiteral("a[2].unknown")), 4);
     QCOMPARE(lines.lineOf(QStringLiteral("unknown")), 2);
     QVERIFY(lines.duplicates().empty());
+}
+
+void ScenarioTest::lineBreaksInsideTextsCount()
+{
+    // Not JSON to the letter, but read all the same.
+    const QByteArray json = "{\n\"a\": \"x\n\ny\",\n\"b\": 1}";
+    QVERIFY(!QJsonDocument::fromJson(json).isNull());
+    QCOMPARE(JsonLines(json).lineOf(QStringLiteral("b")), 5);
 }
 
 void ScenarioTest::emittersTransmitInTheirSpansOnly()
