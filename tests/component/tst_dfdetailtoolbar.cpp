@@ -107,6 +107,7 @@ private slots:
     void theKeyIsCopiedToAzimuthQualityAndErrorsOnly();
     void theErrorsAreWrittenAsOnesOwn();
     void aKeyThatAnotherSelectionLacksLeavesThatOneAlone();
+    void aStationWithoutAQualityRefreshesTheNumbersToo();
     void aNewStationListCopiesTheKeyToo();
     void noCurrentStationCopiesNothing();
     void theOperatorsChoiceCountsAsAChange();
@@ -501,6 +502,16 @@ void TestDFDetailToolbar::aKeyThatAnotherSelectionLacksLeavesThatOneAlone()
     driver.selectedDf->Select(DriverValues::South);
     QCOMPARE(driver.azimuth->GetCurrentKey(), DriverValues::North);
     QCOMPARE(driver.quality->GetCurrentKey(), DriverValues::South);
+}
+
+void TestDFDetailToolbar::aStationWithoutAQualityRefreshesTheNumbersToo()
+{
+    const DriverValues driver;
+    const Results results;
+    driver.quality->DeleteItem(DriverValues::South);
+    driver.selectedDf->Select(DriverValues::South);
+    QCOMPARE(results.bearing(), QStringLiteral("271.0") + degrees);
+    QCOMPARE(results.quality(), QStringLiteral("80%"));
 }
 
 void TestDFDetailToolbar::aNewStationListCopiesTheKeyToo()
