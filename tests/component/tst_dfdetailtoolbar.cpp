@@ -108,6 +108,7 @@ private slots:
     void theErrorsAreWrittenAsOnesOwn();
     void aKeyThatAnotherSelectionLacksLeavesThatOneAlone();
     void aStationWithoutAQualityRefreshesTheNumbersToo();
+    void aStationChosenWhileTheKeyIsCopiedWins();
     void aNewStationListCopiesTheKeyToo();
     void noCurrentStationCopiesNothing();
     void theOperatorsChoiceCountsAsAChange();
@@ -511,6 +512,22 @@ void TestDFDetailToolbar::aStationWithoutAQualityRefreshesTheNumbersToo()
     driver.quality->DeleteItem(DriverValues::South);
     driver.selectedDf->Select(DriverValues::South);
     QCOMPARE(results.bearing(), QStringLiteral("271.0") + degrees);
+    QCOMPARE(results.quality(), QStringLiteral("80%"));
+}
+
+void TestDFDetailToolbar::aStationChosenWhileTheKeyIsCopiedWins()
+{
+    const DriverValues driver;
+    const Results results;
+    RecordingObserver contradicting([&driver](Observable*, TChangeCode code) {
+        if (code == ChangeContent)
+            driver.selectedDf->Select(DriverValues::North);
+    });
+    values::ValueObservingPtr<values::ValueSelection> binding(&contradicting);
+    binding.Assign(driver.azimuth);
+    driver.selectedDf->Select(DriverValues::South);
+    for (const values::ValueSelection* selection : {driver.selectedDf, driver.azimuth, driver.quality, driver.errors})
+        QCOMPARE(selection->GetCurrentKey(), DriverValues::North);
     QCOMPARE(results.quality(), QStringLiteral("80%"));
 }
 

@@ -190,19 +190,19 @@ void DFDetailToolbar::ShowNewResult()
                              m_longitude.get(), m_latitude.get());
 }
 
-/// Puts the selections beside "SelectedDF" to its current key. Whoever is told of that may delete values and the
-/// toolbar.
+/// Puts the selections beside "SelectedDF" to its current key. Whoever is told of that may choose another station,
+/// delete values and delete the toolbar.
 void DFDetailToolbar::CopySelectedKey()
 {
     const QPointer<DFDetailToolbar> alive(this);
-    const int key = m_selectedDf->GetCurrentKey();
-    if (m_azimuth)
-        m_azimuth->Select(key, nullptr);
-    if (alive != nullptr && m_quality)
-        m_quality->Select(key, nullptr);
+    const auto copyTo = [alive](auto selection, IObserver* originator) {
+        if (alive != nullptr && alive->m_selectedDf && alive.data()->*selection)
+            (alive.data()->*selection)->Select(alive->m_selectedDf->GetCurrentKey(), originator);
+    };
+    copyTo(&DFDetailToolbar::m_azimuth, nullptr);
+    copyTo(&DFDetailToolbar::m_quality, nullptr);
     // The error is shown by the caller, after the labels.
-    if (alive != nullptr && m_errors)
-        m_errors->Select(key, this);
+    copyTo(&DFDetailToolbar::m_errors, this);
 }
 
 void DFDetailToolbar::UpdateLabels()
