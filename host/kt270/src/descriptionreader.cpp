@@ -163,6 +163,8 @@ void DescriptionReader::ReadScript()
         else if (m_xml.isCharacters())
             m_description.script += m_xml.text();
     }
+    if (m_xml.hasError())
+        m_description.script.clear(); // half of it would give errors that are none
 }
 
 template <typename ReadChild>

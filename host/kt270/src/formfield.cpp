@@ -80,14 +80,13 @@ void FormField::SetItems(const ValueSelection& items, const QStringList& texts)
 {
     ValueSelection* const selection = Selection();
     const QString before = selection->GetStringValue();
-    {
-        selection->StartTransaction(&m_form);
-        selection->DeleteItems(&m_form);
-        selection->AddItemsFrom(items, &m_form);
-        selection->EndTransaction(ChangeItems);
-    }
     m_texts = texts;
     selection->SetTranslationNamespace(items.GetTranslationNamespace());
+    {
+        const values::ValueTransaction transaction = selection->CreateTransaction({ChangeItems}, &m_form);
+        selection->DeleteItems(&m_form);
+        selection->AddItemsFrom(items, &m_form);
+    }
     selection->Select(before, &m_form);
     TakeOver(true);
 }

@@ -2,6 +2,7 @@
 
 #include "formtext.h"
 #include "pgxmlformularprivate.h"
+#include "shortcut.h"
 
 #include "ztbase/errorhandler.h"
 
@@ -55,7 +56,7 @@ void PgXmlFormular::Private::Update(Observable* /*source*/, TChangeCode code)
 void PgXmlFormular::Private::CreateFields()
 {
     for (const FieldDescription& field : description.fields) {
-        const QString name = Translated(field.label).remove(QLatin1Char('&'));
+        const QString name = withoutShortCut(Translated(field.label));
         fields.push_back(std::make_unique<FormField>(field, name, *this));
     }
     hasFields = true;

@@ -1,5 +1,7 @@
 #include "kt270/pgxmlsheet.h"
 
+#include "shortcut.h"
+
 #include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -16,11 +18,6 @@ namespace {
 constexpr int labelColumn = 0;
 constexpr int widgetColumn = 1;
 constexpr int columnCount = 2;
-
-QString withoutShortCut(QString label)
-{
-    return label.remove(QLatin1Char('&'));
-}
 
 QToolButton* createTitle(const QString& title, QWidget* parent)
 {
@@ -79,6 +76,8 @@ void PgXmlSheet::InsertWidget(const QString& label, const QString& fieldName, QW
 {
     if (widget == nullptr)
         return;
+    m_rows.erase(std::remove_if(m_rows.begin(), m_rows.end(), [](const Row& entry) { return !entry.widget; }),
+                 m_rows.end());
     Row entry{row, fieldName, nullptr, widget, new QWidget(m_body)};
     auto* const boxLayout = new QHBoxLayout(entry.box);
     boxLayout->setContentsMargins(0, 0, 0, 0);
@@ -93,6 +92,8 @@ void PgXmlSheet::InsertWidget(const QString& label, const QString& fieldName, QW
     }
     connect(widget, &QObject::destroyed, entry.box, &QObject::deleteLater);
     widget->installEventFilter(this);
+    if (widget->focusPolicy() == Qt::WheelFocus)
+        widget->setFocusPolicy(Qt::StrongFocus); // the wheel would take the focus first and then change the content
 
     const auto isBefore = [](int number, const Row& other) { return number < other.number; };
     m_rows.insert(std::upper_bound(m_rows.begin(), m_rows.end(), row, isBefore), entry);
@@ -104,8 +105,6 @@ void PgXmlSheet::LayOutRows()
 {
     int line = 0;
     for (const Row& row : m_rows) {
-        if (!row.box)
-            continue;
         m_layout->removeWidget(row.box);
         if (row.label) {
             m_layout->removeWidget(row.label);
@@ -122,8 +121,6 @@ void PgXmlSheet::OrderKeyboard()
 {
     QWidget* before = m_title;
     for (const Row& row : m_rows) {
-        if (!row.widget)
-            continue;
         setTabOrder(before, row.widget);
         before = row.widget;
     }

@@ -15,6 +15,7 @@
 #include <QCheckBox>
 #include <QRandomGenerator>
 #include <QSignalSpy>
+#include <QTranslator>
 #include <QUndoStack>
 
 using KT270::PgXmlFormular;
@@ -88,6 +89,21 @@ public:
 
 const QString initialText = QStringLiteral(
     "<Set><Size>7500.5</Size><Count>10</Count><Length>1.5</Length><Colour>Greenish</Colour><Detail/></Set>");
+
+/// Translates the contexts of the test by turning the texts round.
+class Reversing final : public QTranslator
+{
+public:
+    QString translate(const char* context, const char* text, const char*, int) const override
+    {
+        if (qstrcmp(context, "Reversed") != 0 && qstrcmp(context, "TestForm") != 0)
+            return QString();
+        QString reversed = QString::fromUtf8(text);
+        std::reverse(reversed.begin(), reversed.end());
+        return reversed;
+    }
+    bool isEmpty() const override { return false; }
+};
 
 void type(QWidget* widget, const QString& text)
 {
@@ -532,6 +548,21 @@ private slots:
         QVERIFY(!form->GetXmlString().contains("Colour"));
         form->InitVTValue("Colour", colour);
         QVERIFY(form->GetXmlString().contains("<Colour>Green</Colour>"));
+    }
+
+    void textsOnTheSheetAreTranslatedAndThoseInTheFormsTextAreNot()
+    {
+        Reversing translator;
+        QCoreApplication::installTranslator(&translator);
+        BoundForm f;
+        f.colour->SetTranslationNamespace("Reversed");
+        f.form->InitEnumeration("enumColour", f.colour, {"Reddish", "Greenish", "Blue"});
+        QCOMPARE(f.combo("Colour")->currentText(), QString("hsineerG"));
+        QCOMPARE(f.combo("Size")->currentText(), QString("large"));
+        QCOMPARE(f.box()->text(), QString("stimil esU&"));
+        QCOMPARE(f.spin("Length")->accessibleName(), QString("htgneL [m]"));
+        QVERIFY(f.form->GetXmlString().contains("<Colour>Greenish</Colour>"));
+        QCoreApplication::removeTranslator(&translator);
     }
 
     // Enabling and states

@@ -155,6 +155,8 @@ private slots:
         add("nothing", QString(), {"PGXML:1: XML: well-formed XML expected (Premature end of document.)"});
         add("not closed", "<pgxml name=\"S\" title=\"T\" context=\"C\">\n",
             {"PGXML:2: XML: well-formed XML expected (Premature end of document.)"});
+        add("cut off in the script", "<pgxml name=\"S\" title=\"T\" context=\"C\"><script>\nfunction f() {",
+            {"PGXML:2: XML: well-formed XML expected (Premature end of document.)"});
         add("attribute twice", described("<enumeration name=\"a\" name=\"b\"/>"),
             {"PGXML:2: XML: well-formed XML expected (Attribute 'name' redefined.)"});
         add("document type", "<!DOCTYPE pgxml>\n<pgxml name=\"S\" title=\"T\" context=\"C\"/>",

@@ -107,6 +107,9 @@ private slots:
         QCOMPARE(labelOf(sheet, widget)->text(), QString("&Quality [%]"));
         QCOMPARE(widget->accessibleName(), QString("Quality [%]"));
         QCOMPARE(widget->objectName(), QString("a"));
+        QSpinBox* const other = spin("b");
+        sheet.InsertWidget("This && &that", "fieldB", other, 2);
+        QCOMPARE(other->accessibleName(), QString("This & that"));
     }
 
     void aLabelIsEnabledWithItsWidget()
@@ -229,6 +232,7 @@ private slots:
         sheet.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&sheet));
         titleOf(sheet)->setFocus();
+        QCOMPARE(a->focusPolicy(), Qt::StrongFocus); // else the wheel itself would take the focus
         turnWheel(a);
         QCOMPARE(a->value(), 0);
         a->setFocus();
