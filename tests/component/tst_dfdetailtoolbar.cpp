@@ -903,14 +903,16 @@ void TestDFDetailToolbar::pressingUpdatesOnlyWhatIsNew()
     DriverValues driver({"Values/Result/DFLongitude"});
     driver.resultTime->SetValue(winterNoon, nullptr);
     const Results results;
-    driver.selectedDf->Select(DriverValues::South);
+    setNorth(driver.errors, "-14");
+    driver.errors->HasChanged(ChangeContent, nullptr);
+    // Other contents that nobody has been told of yet.
+    setNorth(driver.errors, "-17");
     setNorth(driver.azimuth, "99.0");
-    QCOMPARE(results.time(), QStringLiteral("Timeout"));
     auto* const longitude = driver.tree.add<values::ValueSelection>(toolbarPath + "Values/Result/DFLongitude");
     results.press();
     QVERIFY(longitude->IsObservedBy(results.detail));
     QCOMPARE(results.time(), QStringLiteral("Timeout"));
-    QCOMPARE(results.bearing(), nothing);
+    QCOMPARE(results.bearing(), QStringLiteral("12.5") + degrees);
 }
 
 void TestDFDetailToolbar::pressingShowsAnErrorThatHasAppeared()
