@@ -45,23 +45,30 @@ function(dfl_host_library name)
   install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/dflocate-host)
 endfunction()
 
-# dfl_test(<name> SOURCES <files> LIBRARIES <targets> [ENVIRONMENT <var=value>...] [LABELS <labels>] [TIMEOUT <s>])
+# dfl_test(<name> SOURCES <files> LIBRARIES <targets> [ENVIRONMENT <var=value>...] [LABELS <labels>] [TIMEOUT <s>]
+#          [REAL_DISPLAY])
 #
-# One test program, run by CTest without a display.
+# One test program, run by CTest: without a display, or with REAL_DISPLAY in an X display of its own with a window manager.
 function(dfl_test name)
-  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "REAL_DISPLAY" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT;LABELS" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 180)
   endif()
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} testsupport Qt5::Test)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
-  add_test(NAME ${name} COMMAND ${name})
+  if(ARG_REAL_DISPLAY)
+    set(platform xcb)
+    add_test(NAME ${name} COMMAND "${CMAKE_SOURCE_DIR}/scripts/with-display.sh" $<TARGET_FILE:${name}>)
+  else()
+    set(platform offscreen)
+    add_test(NAME ${name} COMMAND ${name})
+  endif()
   set_tests_properties(
     ${name}
     PROPERTIES TIMEOUT ${ARG_TIMEOUT}
                LABELS "${ARG_LABELS}"
                ENVIRONMENT
-               "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0;${ARG_ENVIRONMENT}"
+               "QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0;${ARG_ENVIRONMENT}"
   )
 endfunction()
