@@ -38,11 +38,13 @@ struct Starts
     bool anyBehind = false; ///< some lines meet behind a station
 };
 
-/// Different positions on the sphere at which descents ended.
+/// Where descents ended on the sphere.
 struct Minima
 {
-    std::array<Descent<Vector>, mostDescents> found;
+    std::array<Descent<Vector>, mostDescents> found; ///< different positions
     std::size_t count = 0;
+    /// The least chi-square of descents that led round the Earth: what bearings have for a best position that diverge.
+    double leastFarAway = std::numeric_limits<double>::infinity();
 };
 
 bool isUsable(const Bearing& bearing)
@@ -131,10 +133,19 @@ Minima minimaOnSphere(const SphereLines& lines, Starts& starts)
     const std::size_t kept = keepBest(starts);
     for (std::size_t i = 0; i < kept; ++i) {
         const auto descent = descend(lines, starts.places[i].position);
-        if (!isKnown(minima, descent.position))
+        if (lines.isFarFromAll(descent.position))
+            minima.leastFarAway = std::min(minima.leastFarAway, descent.equations.chiSquare());
+        else if (!isKnown(minima, descent.position))
             minima.found[minima.count++] = descent;
     }
     return minima;
+}
+
+bool isFarAwayBest(const Minima& minima)
+{
+    return std::none_of(minima.found.begin(), minima.found.begin() + minima.count, [&minima](const auto& descent) {
+        return descent.equations.chiSquare() <= minima.leastFarAway;
+    });
 }
 
 /// The station at which chi-square is less than at all minima, if there is one. Towards a station chi-square falls to a
@@ -142,7 +153,7 @@ Minima minimaOnSphere(const SphereLines& lines, Starts& starts)
 std::optional<std::size_t> betterStation(const SphereLines& lines, const Minima& minima)
 {
     constexpr double negligible = 0.01;
-    double least = std::numeric_limits<double>::infinity();
+    double least = minima.leastFarAway;
     for (std::size_t i = 0; i < minima.count; ++i) {
         const auto& descent = minima.found[i];
         // One that goes on for ever may have come a little nearer to the station than this can tell.
@@ -213,12 +224,13 @@ FixResult assessed(const std::vector<Bearing>& bearings, const GeoPosition& posi
     }
 
     const auto covariance = equations.covariance();
-    if (!covariance || standardEllipse(*covariance).semiMajor * leastSignificance > farthest)
+    if (!covariance)
         return NoFix::ParallelLines;
     // At a station the other bearings may pull further behind it than their errors explain.
-    const double pull = equations.gain(*equations.solution());
-    if (isBehind || pull > mostPull * mostPull)
+    if (isBehind || equations.gain(*equations.solution()) > mostPull * mostPull)
         return NoFix::BehindStation;
+    if (standardEllipse(*covariance).semiMajor * leastSignificance > farthest)
+        return NoFix::ParallelLines;
     if (farthest > limits.maxDistance.value_or(farthest))
         return NoFix::OutsideMaxRange;
     fix.covariance = *covariance;
@@ -252,12 +264,15 @@ FixResult positionFix(const std::vector<Bearing>& bearings, const FixLimits& lim
         return NoFix::TooFewBearings;
 
     Starts starts = crossingsOf(sphere);
+    const NoFix noMeeting = starts.anyBehind ? NoFix::BehindStation : NoFix::ParallelLines;
     if (starts.count == 0)
-        return starts.anyBehind ? NoFix::BehindStation : NoFix::ParallelLines;
+        return noMeeting;
 
     const Minima minima = minimaOnSphere(sphere, starts);
     if (const auto station = betterStation(sphere, minima))
         return assessed(bearings, SphereLines::onEllipsoid(sphere.station(*station)), limits);
+    if (isFarAwayBest(minima))
+        return noMeeting;
     const auto position = bestPosition(linesOf<EllipsoidLines>(bearings), minima);
     if (const auto* reason = std::get_if<NoFix>(&position))
         return *reason;

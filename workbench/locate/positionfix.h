@@ -79,9 +79,11 @@ using FixResult = std::variant<Fix, NoFix>;
 /// one with the least chi-square wins. An emitter beside a station can have its most likely position at the station
 /// itself: the other bearings meet a little behind it, but within their accuracy.
 ///
-/// The lines count as parallel when the greatest standard deviation of the position is more than half its distance from
-/// the farthest station: then the distance is not two standard deviations away from infinity. docs/position-fix.md
-/// describes the method and its sources. Depends on its arguments only and may be called from any thread.
+/// An emitter more than a quarter round the Earth away from all stations is not looked for: where diverging lines meet
+/// again. The lines count as parallel when the greatest standard deviation of the position is more than half its
+/// distance from the farthest station: then the distance is not two standard deviations away from infinity.
+/// docs/position-fix.md describes the method and its sources. Depends on its arguments only and may be called from any
+/// thread.
 [[nodiscard]] FixResult positionFix(const std::vector<Bearing>& bearings, const FixLimits& limits = {});
 
 } // namespace workbench

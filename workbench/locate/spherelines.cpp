@@ -91,6 +91,12 @@ bool SphereLines::haveDifferentStations() const
     });
 }
 
+bool SphereLines::isFarFromAll(const Vector& position) const
+{
+    return std::all_of(m_lines.begin(), m_lines.end(),
+                       [&position](const Line& line) { return dot(line.station, position) < 0.0; });
+}
+
 Crossing SphereLines::crossing(std::size_t first, std::size_t second, Vector& position) const
 {
     const Line& a = m_lines[first];

@@ -41,6 +41,8 @@ public:
 
     /// False when all stations are at one place (to a centimetre).
     [[nodiscard]] bool haveDifferentStations() const;
+    /// True when a position is more than a quarter round the Earth away from every station.
+    [[nodiscard]] bool isFarFromAll(const Vector& position) const;
     /// The crossing of two of the lines, the nearer of the two that great circles have. @p position is set when it is
     /// in front.
     [[nodiscard]] Crossing crossing(std::size_t first, std::size_t second, Vector& position) const;
