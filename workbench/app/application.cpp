@@ -128,6 +128,7 @@ public:
 
 private:
     void showTraces();
+    void onException(const QString& text);
     void startWork();
     void startJob();
     void endJob();
@@ -151,7 +152,8 @@ int Run::run()
     m_window.follow(m_session);
     if (DfDriver* const driver = m_session.driver(); driver != nullptr && !m_options.recordFile.isEmpty())
         m_recorder = std::make_unique<Recorder>(*driver, m_options.recordFile);
-    connect(static_cast<Application*>(qApp), &Application::exceptionCaught, &m_window, &MainWindow::showMessage);
+    connect(static_cast<Application*>(qApp), &Application::exceptionCaught, this, &Run::onException);
+    connect(&m_window, &MainWindow::closed, qApp, &QCoreApplication::quit);
 
     const auto error = m_session.start(componentFile(m_options),
                                        [this](QToolBar* toolBar, QWidget* panel) { m_window.place(toolBar, panel); });
@@ -164,8 +166,7 @@ int Run::run()
 
     if (!m_options.headless || !m_options.screenshotFile.isEmpty())
         m_window.show();
-    m_session.announceEnabled();
-    // From the event loop, when the window has settled.
+    // From the event loop, when the window has settled; there no exception of the component gets lost either.
     QMetaObject::invokeMethod(
         this, [this] { startWork(); }, Qt::QueuedConnection);
     QCoreApplication::exec();
@@ -183,8 +184,22 @@ void Run::showTraces()
     });
 }
 
+/// Whoever sits in front of the window sees what happened and decides; else there is no sense in waiting for a result.
+void Run::onException(const QString& text)
+{
+    const bool isUnattended = m_options.headless || !m_options.screenshotFile.isEmpty();
+    m_window.showMessage(text);
+    if (!isUnattended) {
+        printError(text);
+        return;
+    }
+    fail(ComponentFailed, text);
+    endJob();
+}
+
 void Run::startWork()
 {
+    m_session.announceEnabled();
     if (m_exitCode == Done && (m_options.shots || m_options.cyclicSeconds))
         startJob();
     else
@@ -252,11 +267,8 @@ bool Application::notify(QObject* receiver, QEvent* event)
 {
     bool handled = false;
     const auto thrown = contained([&] { handled = QApplication::notify(receiver, event); });
-    if (thrown) {
-        const QString text = tr("A component let %1 out of an event handler.").arg(*thrown);
-        qWarning("%s", qPrintable(text));
-        emit exceptionCaught(text);
-    }
+    if (thrown)
+        emit exceptionCaught(tr("The component let %1 out of an event handler.").arg(*thrown));
     return handled;
 }
 

@@ -4,8 +4,8 @@
 
 namespace workbench {
 
-/// An application object that lets no exception of a component end the program: an exception that leaves an event
-/// handler is reported as a warning, and the program goes on.
+/// An application object that lets no exception of a component end the program: one that leaves an event handler is
+/// caught and told.
 class Application : public QApplication
 {
     Q_OBJECT

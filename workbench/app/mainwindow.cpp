@@ -30,6 +30,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace workbench {
 
@@ -94,10 +95,25 @@ void MainWindow::addDocks()
     addDockWidget(Qt::RightDockWidgetArea, values);
     addDockWidget(Qt::BottomDockWidgetArea, traces);
     connect(m_valueTreeView, &ValueTreeView::editRefused, this, &MainWindow::showMessage);
+}
 
+void MainWindow::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    // Sizes of docks count from the first layout on only.
+    if (std::exchange(m_docksAreSized, true))
+        return;
     const QFontMetrics font = fontMetrics();
-    resizeDocks({m_panelDock, values}, {45 * font.averageCharWidth(), 105 * font.averageCharWidth()}, Qt::Horizontal);
-    resizeDocks({traces}, {12 * font.height()}, Qt::Vertical);
+    const auto dock = [this](const char* name) { return findChild<QDockWidget*>(QLatin1String(name)); };
+    resizeDocks({m_panelDock, dock("ValueTreeDock")}, {40 * font.averageCharWidth(), 110 * font.averageCharWidth()},
+                Qt::Horizontal);
+    resizeDocks({dock("ValueTreeDock"), dock("TraceDock")}, {28 * font.height(), 10 * font.height()}, Qt::Vertical);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    QMainWindow::closeEvent(event);
+    emit closed();
 }
 
 void MainWindow::addStatusBar()
@@ -106,8 +122,11 @@ void MainWindow::addStatusBar()
     m_driverName->setObjectName(QStringLiteral("DriverName"));
     m_lastResult = new QLabel(tr("No result yet"));
     m_lastResult->setObjectName(QStringLiteral("LastResult"));
-    statusBar()->addPermanentWidget(m_lastResult);
-    statusBar()->addPermanentWidget(m_driverName);
+    for (QLabel* const label : {m_lastResult, m_driverName}) {
+        label->setMargin(fontMetrics().averageCharWidth() / 2);
+        label->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+        statusBar()->addPermanentWidget(label);
+    }
 }
 
 void MainWindow::addFileMenu()

@@ -39,6 +39,14 @@ public slots:
     /// Shows @p text in the status bar until something else is to be said there.
     void showMessage(const QString& text);
 
+signals:
+    /// The operator has closed the window. Windows of the component may still be open.
+    void closed();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
 private:
     void addDocks();
     void addStatusBar();
@@ -63,6 +71,7 @@ private:
     QLabel* m_lastResult = nullptr;
     QMenu* m_viewMenu = nullptr;
     int m_resultCount = 0;
+    bool m_docksAreSized = false;
 };
 
 } // namespace workbench

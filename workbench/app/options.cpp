@@ -143,6 +143,13 @@ std::optional<double> toNumberAbove0(const QString& text)
     return number && *number > 0.0 ? number : std::nullopt;
 }
 
+std::optional<double> toSecondsOfOneDay(const QString& text)
+{
+    constexpr double secondsPerDay = 86400.0;
+    const auto seconds = toNumberAbove0(text);
+    return seconds && *seconds <= secondsPerDay ? seconds : std::nullopt;
+}
+
 std::optional<double> toPercent(const QString& text)
 {
     const auto number = toNumber(text);
@@ -178,7 +185,8 @@ Options readOptions(Reader& reader)
     options.trace = reader.isSet(traceName);
     options.json = reader.isSet(jsonName);
     options.shots = reader.value(shotsName, tr("a whole number of at least 1"), toCount);
-    options.cyclicSeconds = reader.value(cyclicName, tr("a number of seconds above 0"), toNumberAbove0);
+    options.cyclicSeconds =
+        reader.value(cyclicName, tr("a number of seconds above 0 and up to 86400"), toSecondsOfOneDay);
     options.seed =
         reader.value(seedName, tr("a whole number from 0 to 18446744073709551615"), toSeed).value_or(options.seed);
     options.scenarioFile = reader.file(scenarioName);

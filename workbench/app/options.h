@@ -18,7 +18,7 @@ struct Options
     bool json = false;     ///< results as one JSON document
 
     std::optional<int> shots;            ///< single measurements, at least 1
-    std::optional<double> cyclicSeconds; ///< time of cyclic measuring in s, above 0
+    std::optional<double> cyclicSeconds; ///< time of cyclic measuring in s, above 0, one day at most
     quint64 seed = 1;                    ///< of the simulation
 
     QString scenarioFile;   ///< empty: the scenario that comes with the program

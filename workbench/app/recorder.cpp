@@ -23,13 +23,14 @@ Recorder::Recorder(const DfDriver& driver, const QString& file, QObject* parent)
 
 void Recorder::append(const DfResult& result)
 {
+    m_isEmpty = false;
     if (!m_failure && !m_writer.append(result))
         m_failure = m_writer.errorString();
 }
 
 std::optional<QString> Recorder::finish()
 {
-    if (!m_failure && !m_writer.commit())
+    if (!m_isEmpty && !m_failure && !m_writer.commit())
         m_failure = m_writer.errorString();
     return m_failure;
 }

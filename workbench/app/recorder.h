@@ -28,6 +28,7 @@ private:
     void append(const DfResult& result);
 
     RecordingWriter m_writer;
+    bool m_isEmpty = true;
     std::optional<QString> m_failure; // the first one
 };
 

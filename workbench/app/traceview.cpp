@@ -29,6 +29,7 @@ TraceView::TraceView(QWidget* parent)
     m_table->setModel(m_model);
     m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_table->setWordWrap(false);
+    m_table->setTextElideMode(Qt::ElideLeft); // a source's own name stands at its end
     m_table->setTabKeyNavigation(false);
     m_table->setAlternatingRowColors(true);
     m_table->verticalHeader()->hide();

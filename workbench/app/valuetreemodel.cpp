@@ -287,7 +287,7 @@ QVariant ValueTreeModel::valueData(const values::ValueBase& value, int column, i
         return value.GetPathName() + QLatin1Char('\n') + value.GetTypeName() + rangeText(value);
     case Qt::ForegroundRole:
         if (value.GetState() != values::StateOrdinary)
-            return QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+            return QGuiApplication::palette().brush(QPalette::PlaceholderText); // paler, and readable still
         return {};
     case TypeRole:
         return static_cast<int>(value.GetType());

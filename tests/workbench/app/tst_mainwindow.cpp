@@ -261,8 +261,10 @@ void TestMainWindow::theWindowIsQuitByKeyboard()
     const FreshTree tree;
     MainWindow window;
     showActive(window);
+    QSignalSpy closed(&window, &MainWindow::closed);
     QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
     QTRY_VERIFY(!window.isVisible());
+    QCOMPARE(closed.count(), 1);
 }
 
 void TestMainWindow::aValueIsFoundAndEditedByKeyboard()

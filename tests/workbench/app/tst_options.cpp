@@ -101,6 +101,7 @@ void TestOptions::settingsForARecordingAreRead()
 void TestOptions::limitsOfNumbersAreAccepted()
 {
     QCOMPARE(read({"--shots", "1"}).options.shots.value(), 1);
+    QCOMPARE(read({"--cyclic", "86400"}).options.cyclicSeconds.value(), 86400.0);
     QCOMPARE(read({"--seed", "0"}).options.seed, quint64(0));
     QCOMPARE(read({"--seed", "18446744073709551615"}).options.seed, std::numeric_limits<quint64>::max());
     QCOMPARE(read({"--recording", "b", "--quality", "0"}).options.recordedDefaults.quality.value(), 0.0);
@@ -120,7 +121,8 @@ void TestOptions::aBadValueIsNamedWithOptionTextAndExpectation_data()
         }
     };
     rows("shots", {"0", "-1", "1.5", "many", "", "2147483648"}, "a whole number of at least 1");
-    rows("cyclic", {"0", "-2", "inf", "nan", "soon", "", "1,5"}, "a number of seconds above 0");
+    rows("cyclic", {"0", "-2", "inf", "nan", "soon", "", "1,5", "86400.5"},
+         "a number of seconds above 0 and up to 86400");
     rows("seed", {"-1", "1.5", "x", "", "18446744073709551616"}, "a whole number from 0 to 18446744073709551615");
     rows("frequency", {"0", "-1", "inf", "high", "", "100 MHz"}, "a frequency in Hz above 0");
     rows("level", {"nan", "loud", "", "-inf"}, "a level in dBµV");

@@ -82,6 +82,7 @@ private slots:
     void resultsAreRecorded();
     void aRecordFileThatCannotBeWrittenIsRefusedAtOnce();
     void aRecordingIsNotRecordedOver();
+    void withoutAResultTheEarlierRecordingStays();
     void badScenariosAndRecordingsEndWithTwo();
 
     void aWrongComponentEndsWithOneAndTheReason_data();
@@ -89,7 +90,9 @@ private slots:
     void aWrongComponentEndsWithOneInAWindowToo();
     void aMissingStartButtonIsAReason();
     void aDisabledStartButtonIsAReason();
-    void aBoxThatWaitsIsReportedAndClosedAndThrowingEventHandlersAreContained();
+    void aBoxThatWaitsIsReportedAndClosed();
+    void anExceptionInAnEventHandlerEndsTheWorkWithItsReason_data();
+    void anExceptionInAnEventHandlerEndsTheWorkWithItsReason();
     void tracesGoToTheStandardErrorStream();
 
     void aScreenshotIsSavedHeadlessAndInAWindow();
@@ -303,6 +306,18 @@ void TestProgram::aRecordingIsNotRecordedOver()
     QCOMPARE(outcome.errors, m_recording + ": the recording that is played cannot be recorded over.\n");
 }
 
+void TestProgram::withoutAResultTheEarlierRecordingStays()
+{
+    const QString name = m_folder.filePath("earlier.csv");
+    QFile file(name);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    file.write("earlier");
+    file.close();
+    QCOMPARE(run(QStringList{"--headless", "--record", name} + fixture("disabledbutton")).exitCode, 1);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), QByteArray("earlier"));
+}
+
 void TestProgram::badScenariosAndRecordingsEndWithTwo()
 {
     const QString bad = m_folder.filePath("bad.txt");
@@ -386,17 +401,39 @@ void TestProgram::aDisabledStartButtonIsAReason()
     QCOMPARE(outcome.output, QStringLiteral("[\n]\n"));
 }
 
-void TestProgram::aBoxThatWaitsIsReportedAndClosedAndThrowingEventHandlersAreContained()
+void TestProgram::aBoxThatWaitsIsReportedAndClosed()
 {
     const Outcome outcome = run(QStringList("--headless") + fixture("idlebutton"));
     QCOMPARE(outcome.exitCode, 1);
     const QStringList lines = outcome.errors.split('\n', Qt::SkipEmptyParts);
-    QVERIFY2(lines.contains("A component let an exception (lost in a timer) out of an event handler."),
-             qPrintable(outcome.errors));
     QVERIFY2(lines.contains("Warning: There is nothing to start"), qPrintable(outcome.errors));
     QCOMPARE(
         lines.last(),
         QStringLiteral("The start button of the component was pressed, but the driver got no command to measure."));
+}
+
+void TestProgram::anExceptionInAnEventHandlerEndsTheWorkWithItsReason_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("exception");
+    QTest::newRow("timer") << "timerthrows"
+                           << "an exception (lost in a timer)";
+    QTest::newRow("value") << "enabledthrows"
+                           << "an exception of an unknown kind";
+}
+
+void TestProgram::anExceptionInAnEventHandlerEndsTheWorkWithItsReason()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, exception);
+    const QString picture = m_folder.filePath("exception.png");
+    for (const QStringList& mode : {QStringList("--headless"), QStringList{"--screenshot", picture}}) {
+        const Outcome outcome = run(mode + fixture(qPrintable(name)));
+        QCOMPARE(outcome.exitCode, 1);
+        const QString reason = QStringLiteral("The component let %1 out of an event handler.").arg(exception);
+        QVERIFY2(outcome.errors.split('\n').contains(reason), qPrintable(outcome.errors));
+    }
+    QVERIFY(!QImage(picture).isNull());
 }
 
 void TestProgram::tracesGoToTheStandardErrorStream()

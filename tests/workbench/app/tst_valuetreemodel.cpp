@@ -61,7 +61,7 @@ private slots:
     void anObserverMayDeleteTheValueDuringTheEdit();
     void onlyTheValueColumnOfValuesCanBeEdited();
     void otherRolesAndColumnsAreNotSet();
-    void valuesNotInUseAreShownInTheColourOfDisabledText();
+    void valuesNotInUseAreShownPaler();
     void toolTipsTellPathKindAndRange();
 };
 
@@ -458,7 +458,7 @@ void TestValueTreeModel::otherRolesAndColumnsAreNotSet()
     QCOMPARE(refused.count(), 0);
 }
 
-void TestValueTreeModel::valuesNotInUseAreShownInTheColourOfDisabledText()
+void TestValueTreeModel::valuesNotInUseAreShownPaler()
 {
     const FreshTree tree;
     tree.add<values::IntValue>("/used");
@@ -466,7 +466,7 @@ void TestValueTreeModel::valuesNotInUseAreShownInTheColourOfDisabledText()
     const ValueTreeModel model;
     QVERIFY(!model.indexOf("/used").data(Qt::ForegroundRole).isValid());
     QCOMPARE(model.indexOf("/unused").data(Qt::ForegroundRole).value<QBrush>().color(),
-             QGuiApplication::palette().color(QPalette::Disabled, QPalette::Text));
+             QGuiApplication::palette().color(QPalette::PlaceholderText));
 }
 
 void TestValueTreeModel::toolTipsTellPathKindAndRange()
