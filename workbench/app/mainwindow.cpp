@@ -214,6 +214,7 @@ QWidget* MainWindow::textPanel(const QString& objectName, const QString& text) c
 {
     auto* const label = new QLabel(text);
     label->setObjectName(objectName);
+    label->setTextFormat(Qt::PlainText); // the text may name files and quote exceptions
     label->setWordWrap(true);
     label->setAlignment(Qt::AlignCenter);
     label->setMargin(fontMetrics().height());

@@ -120,6 +120,10 @@ void MeasuringJob::stopCyclic()
 {
     if (!m_active)
         return;
+    if (!m_driver.isCyclic()) { // somebody else was faster, and a further press would start it again
+        end();
+        return;
+    }
     QToolButton* const button = usableButton();
     if (button == nullptr)
         return;

@@ -116,7 +116,7 @@ ValueTreeView::ValueTreeView(QWidget* parent)
     m_tree->header()->setStretchLastSection(false);
     m_tree->header()->setSectionResizeMode(ValueTreeModel::ValueColumn, QHeaderView::Stretch);
     const int letter = m_tree->fontMetrics().averageCharWidth();
-    m_tree->setColumnWidth(ValueTreeModel::NameColumn, 38 * letter);
+    m_tree->setColumnWidth(ValueTreeModel::NameColumn, 44 * letter);
     m_tree->setColumnWidth(ValueTreeModel::StateColumn, 14 * letter);
     m_tree->setColumnWidth(ValueTreeModel::KindColumn, 11 * letter);
     // New folders open by themselves: what happens in the tree is to be seen.
