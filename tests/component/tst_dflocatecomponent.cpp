@@ -8,14 +8,18 @@
 #include "support/testmain.h"
 #include "support/traces.h"
 #include "valueframework/valueclasses/value.h"
+#include "valueframework/valueclasses/valuenumeric.h"
 
 #include <QFile>
 #include <QMainWindow>
+#include <QPointer>
 #include <QProcess>
 #include <QToolBar>
 #include <QToolButton>
 
+#include <memory>
 #include <stdexcept>
+#include <vector>
 
 using namespace VelmarGui;
 using testsupport::ComponentLibrary;
@@ -32,6 +36,9 @@ const QString triggerPath = componentRoot + QStringLiteral("TriggerLocateStart")
 const QString runningPath = handlerRoot + QStringLiteral("DFRunning");
 const QString enabledPath = handlerRoot + QStringLiteral("Enabled");
 const QString dfStatusPath = handlerRoot + QStringLiteral("Values/Status/LocateStatus");
+const QString spanPath = handlerRoot + QStringLiteral("Config/DFSpan");
+const QString offsetPath = handlerRoot + QStringLiteral("Config/DFFrequencyOffset");
+const QString settingsPath = componentRoot + QStringLiteral("Parameters/DF_Settings");
 const QString hriStatusPath = QStringLiteral("/DRV/DRIVER/DFLOCATE/LocateHRIStatus");
 
 int registrations(const char* translationNamespace)
@@ -49,6 +56,65 @@ values::BoolValue* dfConnected()
     return dynamic_cast<values::BoolValue*>(
         values::Tree::Instance()->FindValue(componentRoot + QStringLiteral("LocateDFConnectedIndicator")));
 }
+
+/// The failures among @p traces; values that are not there are no failures.
+QStringList failures(const Traces& traces)
+{
+    QStringList texts;
+    for (const TraceRecord& record : traces.records) {
+        if (!record.text.startsWith(QStringLiteral("Missing DF Value")))
+            texts << record.text;
+    }
+    return texts;
+}
+
+/// The host's object that announces how much the operator may do. In the signal's signature the service is named
+/// without its namespace.
+class UserInputModes : public QObject
+{
+    Q_OBJECT
+public:
+    using QObject::receivers;
+
+signals:
+    void si_setUserInputMode(IVelmarGuiUserInputControlService::eUserInputMode mode);
+};
+
+class UserInputService : public IVelmarGuiUserInputControlService
+{
+public:
+    QObject* GetQObject() override { return &m_modes; }
+    void choose(eUserInputMode mode) { emit m_modes.si_setUserInputMode(mode); }
+    [[nodiscard]] int receiverCount() const
+    {
+        return m_modes.receivers(SIGNAL(si_setUserInputMode(IVelmarGuiUserInputControlService::eUserInputMode)));
+    }
+
+private:
+    UserInputModes m_modes;
+};
+
+/// Throws when a value comes to @p path.
+class RefusingListener : public values::ITreeListener
+{
+public:
+    explicit RefusingListener(QString path)
+        : m_path(std::move(path))
+    {
+        values::Tree::Instance()->AddListener(this);
+    }
+    ~RefusingListener() override { values::Tree::Instance()->RemoveListener(this); }
+
+    void ValueInserted(values::ValueBase* value) override
+    {
+        if (value->GetPathName() == m_path)
+            throw std::runtime_error("not now");
+    }
+    void ValueRemoved(const QString& /*path*/) override {}
+
+private:
+    QString m_path;
+};
 
 /// A component of another library.
 class StrangeComponent : public IGuiComponent
@@ -105,7 +171,7 @@ private slots:
 
     // Toolbar
     void hasNoToolbarBeforeItsWidgetsAreMade();
-    void makesAToolbarAndNoPanel();
+    void makesAToolbarAndAPanel();
     void valuesGoUnderTheNameOfCreateWidget();
     void forgetsAToolbarThatWasDeleted();
     void deletesItsToolbarAtTheEnd();
@@ -116,22 +182,45 @@ private slots:
     void aToolbarThatCannotBeMadeIsTracedAndMissing();
     void aToolbarThatCannotBeMadeLeavesTheFormerOne();
 
+    // Panel
+    void thePanelIsTheHosts();
+    void theHostMayDeleteThePanelAtAnyTime();
+    void makingWidgetsAgainMakesASecondPanel();
+    void aPanelThatCannotBeMadeIsTracedAndMissing();
+
+    // Services
+    void thePanelFollowsTheUserInputMode();
+    void theFirstRegisteredUserInputServiceCounts();
+    void withoutServiceOrPanelNothingIsConnected();
+
     // Announcements
     void connectingBeforeTheWidgetsAreMadeDoesNothing();
     void connectingBindsTheToolbar();
     void connectingTwiceBindsOnce();
     void connectingAfterTheToolbarWasDeletedDoesNothing();
     void connectingLetsNoExceptionOut();
-    void withoutAPanelTheOtherAnnouncementsDoNothing();
+    void connectingBindsThePanelBeforeTheToolbar();
+    void thePanelIsBoundWithoutToolbar();
+    void workingWithoutDriverIsThePanelsAffairAlone();
+    void withoutWidgetsNoAnnouncementDoesAnything();
 
     // Several components
     void twoComponentsLiveSideBySide();
     void aComponentMadeAfterAnotherWorksLikeTheFirst();
 
 private:
+    /// As the host does; the panels are the host's and go at the end of the test.
+    QWidget* createWidgets(const Component& component, const QString& root = componentRoot)
+    {
+        QWidget* const panel = component->CreateWidget(m_common.get(), root);
+        m_panels.emplace_back(panel);
+        return panel;
+    }
+
     ComponentLibrary m_library;
     std::unique_ptr<FreshTree> m_tree;
     std::unique_ptr<GuiComponentCommon> m_common;
+    std::vector<QPointer<QWidget>> m_panels;
 };
 
 void TestDFLocateComponent::init()
@@ -142,6 +231,9 @@ void TestDFLocateComponent::init()
 
 void TestDFLocateComponent::cleanup()
 {
+    for (const QPointer<QWidget>& panel : m_panels)
+        delete panel;
+    m_panels.clear();
     m_common.reset();
     m_tree.reset();
     QCOMPARE(registrations("DFLocateComponent"), 0);
@@ -244,7 +336,7 @@ void TestDFLocateComponent::answersTheHostWithItsConstants()
         component->NotifyDetached();
     };
     expectConstants();
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     const QToolBar* const toolBar = component->GetToolBar();
     const std::size_t values = values::Tree::Instance()->ValuesBelow(QString()).size();
     expectConstants();
@@ -257,7 +349,7 @@ void TestDFLocateComponent::keepsTheHostsDefaultsForTheRest()
     bool deleted = false;
     StrangeComponent host(deleted); // overrides none of these
     const Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     const std::size_t values = values::Tree::Instance()->ValuesBelow(QString()).size();
     QCOMPARE(component->IsFirstToolBar(), host.IsFirstToolBar());
     QCOMPARE(component->IsCompleteToolbarRow(), host.IsCompleteToolbarRow());
@@ -286,10 +378,13 @@ void TestDFLocateComponent::hasNoToolbarBeforeItsWidgetsAreMade()
     QCOMPARE(component->GetToolBar(), nullptr);
 }
 
-void TestDFLocateComponent::makesAToolbarAndNoPanel()
+void TestDFLocateComponent::makesAToolbarAndAPanel()
 {
     const Component component(m_library, L"DFLocateComponent");
-    QCOMPARE(component->CreateWidget(m_common.get(), componentRoot), nullptr);
+    const QWidget* const panel = createWidgets(component);
+    QVERIFY(panel);
+    QCOMPARE(panel->metaObject()->className(), "VelmarGui::DFLocateSettingsWidget");
+    QCOMPARE(panel->parent(), nullptr);
     const QToolBar* const toolBar = component->GetToolBar();
     QVERIFY(toolBar);
     QCOMPARE(toolBar->metaObject()->className(), "VelmarGui::DFLocateToolBar");
@@ -302,7 +397,7 @@ void TestDFLocateComponent::valuesGoUnderTheNameOfCreateWidget()
 {
     auto* const enabled = m_tree->add<values::BoolValue>(QStringLiteral("/Window2/DFLocateHandler/Enabled"));
     const Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(m_common.get(), QStringLiteral("/Window2/DFLocateComponent/"));
+    createWidgets(component, QStringLiteral("/Window2/DFLocateComponent/"));
     QVERIFY(values::Tree::Instance()->FindValue(QStringLiteral("/Window2/DFLocateComponent/TriggerLocateStart")));
     QVERIFY(!trigger());
     QVERIFY(!component->GetToolBar()->isEnabled());
@@ -313,7 +408,7 @@ void TestDFLocateComponent::valuesGoUnderTheNameOfCreateWidget()
 void TestDFLocateComponent::forgetsAToolbarThatWasDeleted()
 {
     Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     delete component->GetToolBar();
     QCOMPARE(component->GetToolBar(), nullptr);
     component.Destroy();
@@ -322,7 +417,7 @@ void TestDFLocateComponent::forgetsAToolbarThatWasDeleted()
 void TestDFLocateComponent::deletesItsToolbarAtTheEnd()
 {
     Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     const QPointer<QToolBar> toolBar = component->GetToolBar();
     component.Destroy();
     QVERIFY(toolBar.isNull());
@@ -331,7 +426,7 @@ void TestDFLocateComponent::deletesItsToolbarAtTheEnd()
 void TestDFLocateComponent::leavesAToolbarThatIsGoneAlone()
 {
     Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     delete component->GetToolBar();
     component.Destroy();
     QCOMPARE(registrations("DFLocateHandler"), 0);
@@ -340,7 +435,7 @@ void TestDFLocateComponent::leavesAToolbarThatIsGoneAlone()
 void TestDFLocateComponent::theWindowMayGoBeforeTheComponent()
 {
     Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     {
         QMainWindow window;
         window.addToolBar(component->GetToolBar());
@@ -354,7 +449,7 @@ void TestDFLocateComponent::theComponentMayGoBeforeTheWindow()
 {
     QMainWindow window;
     Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     window.addToolBar(component->GetToolBar());
     QCOMPARE(window.findChildren<QToolBar*>(QStringLiteral("DFLocateToolBar")).size(), 1);
     component.Destroy();
@@ -365,10 +460,10 @@ void TestDFLocateComponent::makingWidgetsAgainMakesASecondToolbar()
 {
     QMainWindow window;
     Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     const QPointer<QToolBar> first = component->GetToolBar();
     window.addToolBar(first);
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     const QPointer<QToolBar> second = component->GetToolBar();
     QVERIFY(second);
     QVERIFY(first);
@@ -386,28 +481,137 @@ void TestDFLocateComponent::aToolbarThatCannotBeMadeIsTracedAndMissing()
     existing->AddObserver(&throwing);
     const Component component(m_library, L"DFLocateComponent");
     const Traces traces;
-    QCOMPARE(component->CreateWidget(m_common.get(), componentRoot), nullptr);
+    QCOMPARE(createWidgets(component), nullptr);
     QCOMPARE(component->GetToolBar(), nullptr);
     QCOMPARE(traces.records.size(), std::size_t(1));
     QCOMPARE(traces.records[0].text, QStringLiteral("Exception in DFLocateComponent::CreateWidget"));
     QCOMPARE(traces.records[0].sourceFile,
              QStringLiteral("userinterface/guicomponents/dflocatecomponent/dflocatecomponent"));
     existing->RemoveObserver(&throwing);
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     QVERIFY(component->GetToolBar());
 }
 
 void TestDFLocateComponent::aToolbarThatCannotBeMadeLeavesTheFormerOne()
 {
     const Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     const QToolBar* const former = component->GetToolBar();
     trigger()->SetState(values::StateOrdinary, nullptr);
     RecordingObserver throwing([](Observable*, TChangeCode) { throw std::runtime_error("not now"); });
     trigger()->AddObserver(&throwing);
-    QCOMPARE(component->CreateWidget(m_common.get(), componentRoot), nullptr);
+    QCOMPARE(createWidgets(component), nullptr);
     QCOMPARE(component->GetToolBar(), former);
     trigger()->RemoveObserver(&throwing);
+}
+
+void TestDFLocateComponent::thePanelIsTheHosts()
+{
+    Component component(m_library, L"DFLocateComponent");
+    const QPointer<QWidget> panel = createWidgets(component);
+    component->ConnectInterfaceValues();
+    component.Destroy();
+    QVERIFY(panel);
+    QVERIFY(panel->isEnabled());
+}
+
+void TestDFLocateComponent::theHostMayDeleteThePanelAtAnyTime()
+{
+    const auto service = std::make_shared<UserInputService>();
+    m_common->getServiceRegistry()->registerService<IVelmarGuiUserInputControlService>(service);
+    auto* const running = m_tree->add<values::BoolValue>(runningPath);
+    const Component component(m_library, L"DFLocateComponent");
+    delete createWidgets(component);
+    const Traces traces;
+    component->ConnectVelmarGuiServices(m_common.get());
+    component->ConnectInterfaceValues();
+    component->CreateAndConnectInterfaceValues();
+    service->choose(IVelmarGuiUserInputControlService::LockedInput);
+    QCOMPARE(failures(traces), QStringList());
+    QVERIFY(!values::Tree::Instance()->FindValue(spanPath));
+    QVERIFY(running->GetObserverCount() > 0); // the toolbar was bound all the same
+}
+
+void TestDFLocateComponent::makingWidgetsAgainMakesASecondPanel()
+{
+    const auto service = std::make_shared<UserInputService>();
+    m_common->getServiceRegistry()->registerService<IVelmarGuiUserInputControlService>(service);
+    const Component component(m_library, L"DFLocateComponent");
+    const QPointer<QWidget> first = createWidgets(component);
+    const QPointer<QWidget> second = createWidgets(component);
+    QVERIFY(first);
+    QVERIFY(second);
+    QVERIFY(first != second);
+    component->ConnectVelmarGuiServices(m_common.get());
+    service->choose(IVelmarGuiUserInputControlService::LockedInput);
+    QVERIFY(first->isEnabled());
+    QVERIFY(!second->isEnabled());
+}
+
+void TestDFLocateComponent::aPanelThatCannotBeMadeIsTracedAndMissing()
+{
+    const Component component(m_library, L"DFLocateComponent");
+    const Traces traces;
+    {
+        const RefusingListener refusal(QStringLiteral("/GLOBAL/DfDeviceReady"));
+        QCOMPARE(createWidgets(component), nullptr);
+    }
+    QCOMPARE(failures(traces), QStringList{QStringLiteral("Exception in DFLocateComponent::CreateWidget")});
+    const QPointer<QToolBar> toolBar = component->GetToolBar();
+    QVERIFY(toolBar);
+    component->ConnectInterfaceValues();
+    component->CreateAndConnectInterfaceValues();
+    QVERIFY(!values::Tree::Instance()->FindValue(spanPath));
+    QVERIFY(createWidgets(component));
+    delete toolBar; // the former one is nobody's
+}
+
+void TestDFLocateComponent::thePanelFollowsTheUserInputMode()
+{
+    using Service = IVelmarGuiUserInputControlService;
+    const auto service = std::make_shared<UserInputService>();
+    m_common->getServiceRegistry()->registerService<Service>(service);
+    const Component component(m_library, L"DFLocateComponent");
+    const QWidget* const panel = createWidgets(component);
+    service->choose(Service::LockedInput);
+    QVERIFY(panel->isEnabled()); // not connected yet
+    component->ConnectVelmarGuiServices(m_common.get());
+    QCOMPARE(service.use_count(), 2L); // the registry's and the test's
+    for (const auto mode : {Service::FullInput, Service::RestrictedInput, Service::LockedInput,
+                            Service::ViewSwitchInput, Service::LockedInput, Service::FullInput}) {
+        service->choose(mode);
+        QCOMPARE(panel->isEnabled(), mode != Service::LockedInput);
+    }
+    QVERIFY(component->GetToolBar());
+}
+
+void TestDFLocateComponent::theFirstRegisteredUserInputServiceCounts()
+{
+    const auto first = std::make_shared<UserInputService>();
+    const auto second = std::make_shared<UserInputService>();
+    m_common->getServiceRegistry()->registerService<IVelmarGuiUserInputControlService>(first);
+    m_common->getServiceRegistry()->registerService<IVelmarGuiUserInputControlService>(second);
+    const Component component(m_library, L"DFLocateComponent");
+    const QWidget* const panel = createWidgets(component);
+    component->ConnectVelmarGuiServices(m_common.get());
+    second->choose(IVelmarGuiUserInputControlService::LockedInput);
+    QVERIFY(panel->isEnabled());
+    first->choose(IVelmarGuiUserInputControlService::LockedInput);
+    QVERIFY(!panel->isEnabled());
+}
+
+void TestDFLocateComponent::withoutServiceOrPanelNothingIsConnected()
+{
+    const Traces traces;
+    const Component component(m_library, L"DFLocateComponent");
+    const auto service = std::make_shared<UserInputService>();
+    createWidgets(component);
+    component->ConnectVelmarGuiServices(m_common.get());
+    m_common->getServiceRegistry()->registerService<IVelmarGuiUserInputControlService>(service);
+    const Component withoutPanel(m_library, L"DFLocateComponent");
+    withoutPanel->ConnectVelmarGuiServices(m_common.get());
+    QCOMPARE(service->receiverCount(), 0);
+    QCOMPARE(failures(traces), QStringList());
 }
 
 void TestDFLocateComponent::connectingBeforeTheWidgetsAreMadeDoesNothing()
@@ -428,7 +632,7 @@ void TestDFLocateComponent::connectingBindsTheToolbar()
     m_tree->add<values::StringValue>(dfStatusPath)->SetValue(QStringLiteral("DFID1#ST1"), nullptr);
     m_tree->add<values::StringValue>(hriStatusPath);
     const Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     QCOMPARE(trigger()->GetState(), values::StateUnused);
     QVERIFY(!dfConnected());
     component->ConnectInterfaceValues();
@@ -443,7 +647,7 @@ void TestDFLocateComponent::connectingTwiceBindsOnce()
     auto* const running = m_tree->add<values::BoolValue>(runningPath);
     auto* const status = m_tree->add<values::StringValue>(dfStatusPath);
     const Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     component->ConnectInterfaceValues();
     const std::size_t runningObservers = running->GetObserverCount();
     const std::size_t statusObservers = status->GetObserverCount();
@@ -459,7 +663,7 @@ void TestDFLocateComponent::connectingAfterTheToolbarWasDeletedDoesNothing()
 {
     auto* const running = m_tree->add<values::BoolValue>(runningPath);
     const Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     delete component->GetToolBar();
     component->ConnectInterfaceValues();
     QCOMPARE(running->GetObserverCount(), std::size_t(0));
@@ -474,7 +678,7 @@ void TestDFLocateComponent::connectingLetsNoExceptionOut()
     RecordingObserver throwing([](Observable*, TChangeCode) { throw std::runtime_error("not now"); });
     indicator->AddObserver(&throwing);
     const Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(m_common.get(), componentRoot);
+    createWidgets(component);
     const Traces traces;
     component->ConnectInterfaceValues();
     QVERIFY(!throwing.codes.empty());
@@ -482,22 +686,63 @@ void TestDFLocateComponent::connectingLetsNoExceptionOut()
     indicator->RemoveObserver(&throwing);
 }
 
-void TestDFLocateComponent::withoutAPanelTheOtherAnnouncementsDoNothing()
+void TestDFLocateComponent::connectingBindsThePanelBeforeTheToolbar()
+{
+    auto* const running = m_tree->add<values::BoolValue>(runningPath);
+    m_tree->add<values::StringValue>(settingsPath)
+        ->SetValue(QStringLiteral("<DF_Settings><FrequencyOffset>50</FrequencyOffset></DF_Settings>"), nullptr);
+    auto* const offset = m_tree->add<values::DoubleValue>(offsetPath);
+    std::size_t runningObservers = 0;
+    RecordingObserver whenThePanelBinds(
+        [&](Observable*, TChangeCode) { runningObservers = running->GetObserverCount(); });
+    offset->AddObserver(&whenThePanelBinds);
+    const Component component(m_library, L"DFLocateComponent");
+    createWidgets(component);
+    const std::size_t before = running->GetObserverCount();
+    component->ConnectInterfaceValues();
+    QCOMPARE(offset->GetValue(), 50.0);
+    QCOMPARE(runningObservers, before);
+    QVERIFY(running->GetObserverCount() > before);
+    // The panel makes no settings here: those of the driver are all there are.
+    QVERIFY(!values::Tree::Instance()->FindValue(spanPath));
+    offset->RemoveObserver(&whenThePanelBinds);
+}
+
+void TestDFLocateComponent::thePanelIsBoundWithoutToolbar()
+{
+    m_tree->add<values::StringValue>(settingsPath)
+        ->SetValue(QStringLiteral("<DF_Settings><FrequencyOffset>50</FrequencyOffset></DF_Settings>"), nullptr);
+    auto* const offset = m_tree->add<values::DoubleValue>(offsetPath);
+    const Component component(m_library, L"DFLocateComponent");
+    createWidgets(component);
+    delete component->GetToolBar();
+    component->ConnectInterfaceValues();
+    QCOMPARE(offset->GetValue(), 50.0);
+}
+
+void TestDFLocateComponent::workingWithoutDriverIsThePanelsAffairAlone()
+{
+    const Component component(m_library, L"DFLocateComponent");
+    createWidgets(component);
+    auto* const running = m_tree->add<values::BoolValue>(runningPath);
+    component->CreateAndConnectInterfaceValues();
+    QVERIFY(dynamic_cast<values::DoubleValue*>(values::Tree::Instance()->FindValue(spanPath)));
+    QCOMPARE(values::Tree::Instance()->ValuesBelow(handlerRoot + QStringLiteral("Config/")).size(), std::size_t(12));
+    QVERIFY(m_common->GetParameterSet(componentRoot, QStringLiteral("DF_Settings"))
+                .contains(QStringLiteral("<Bandwidth>12000</Bandwidth>")));
+    QCOMPARE(running->GetObserverCount(), std::size_t(0));
+    QVERIFY(!dfConnected());
+}
+
+void TestDFLocateComponent::withoutWidgetsNoAnnouncementDoesAnything()
 {
     const Traces traces;
     const Component component(m_library, L"DFLocateComponent");
     component->ConnectVelmarGuiServices(m_common.get());
+    component->ConnectInterfaceValues();
     component->CreateAndConnectInterfaceValues();
     QVERIFY(values::Tree::Instance()->ValuesBelow(QString()).empty());
     QVERIFY(traces.records.empty());
-    component->CreateWidget(m_common.get(), componentRoot);
-    auto* const running = m_tree->add<values::BoolValue>(runningPath);
-    const std::size_t values = values::Tree::Instance()->ValuesBelow(QString()).size();
-    component->ConnectVelmarGuiServices(m_common.get());
-    component->CreateAndConnectInterfaceValues();
-    QCOMPARE(values::Tree::Instance()->ValuesBelow(QString()).size(), values);
-    // The toolbar is not told of values that the components make themselves.
-    QCOMPARE(running->GetObserverCount(), std::size_t(0));
 }
 
 void TestDFLocateComponent::twoComponentsLiveSideBySide()
@@ -507,7 +752,7 @@ void TestDFLocateComponent::twoComponentsLiveSideBySide()
     Component first(m_library, L"DFLocateComponent");
     const Component second(m_library, L"DFLocateComponent");
     for (const Component* const component : {&std::as_const(first), &second}) {
-        (*component)->CreateWidget(m_common.get(), componentRoot);
+        createWidgets(*component);
         (*component)->ConnectInterfaceValues();
     }
     QVERIFY(first->GetToolBar() != second->GetToolBar());
@@ -527,7 +772,7 @@ void TestDFLocateComponent::aComponentMadeAfterAnotherWorksLikeTheFirst()
     auto* const running = m_tree->add<values::BoolValue>(runningPath);
     for (int round = 0; round < 3; ++round) {
         const Component component(m_library, L"DFLocateComponent");
-        component->CreateWidget(m_common.get(), componentRoot);
+        createWidgets(component);
         component->ConnectInterfaceValues();
         running->SetValue(true, nullptr);
         QCOMPARE(trigger()->GetState(), values::StateOrdinary);

@@ -8,6 +8,7 @@
 
 #include <QToolBar>
 
+#include <memory>
 #include <stdexcept>
 
 using namespace VelmarGui;
@@ -71,7 +72,7 @@ void TestRefusals::theTranslationsGoBeforeTheToolbar()
     const FreshTree tree;
     GuiComponentCommon common;
     Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(&common, QStringLiteral("/GUI/DFLocateComponent/"));
+    const std::unique_ptr<QWidget> panel(component->CreateWidget(&common, QStringLiteral("/GUI/DFLocateComponent/")));
     connect(component->GetToolBar(), &QObject::destroyed, this,
             [] { translationCalls().append(QStringLiteral("toolbar")); });
     translationCalls().clear();
@@ -112,7 +113,7 @@ void TestRefusals::aComponentWhoseOwnTranslationsAreRefusedIsReturnedAllTheSame(
     QCOMPARE(translationCalls(), (QStringList{registerHandler, registerComponent}));
     QCOMPARE(traces.records.size(), std::size_t(1));
     QVERIFY(component->QueryReady());
-    component->CreateWidget(&common, QStringLiteral("/GUI/DFLocateComponent/"));
+    const std::unique_ptr<QWidget> panel(component->CreateWidget(&common, QStringLiteral("/GUI/DFLocateComponent/")));
     QVERIFY(component->GetToolBar());
     translationCalls().clear();
     component.Destroy();
@@ -124,7 +125,7 @@ void TestRefusals::refusedUnregistrationsDoNotKeepTheComponentAlive()
     const FreshTree tree;
     GuiComponentCommon common;
     Component component(m_library, L"DFLocateComponent");
-    component->CreateWidget(&common, QStringLiteral("/GUI/DFLocateComponent/"));
+    const std::unique_ptr<QWidget> panel(component->CreateWidget(&common, QStringLiteral("/GUI/DFLocateComponent/")));
     const QPointer<QToolBar> toolBar = component->GetToolBar();
     refusedTranslationCalls() = QStringList{unregisterComponent, unregisterHandler};
     const Traces traces;

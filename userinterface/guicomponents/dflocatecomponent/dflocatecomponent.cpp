@@ -1,8 +1,10 @@
 #include "dflocatecomponent.h"
 
 #include "brixappstartup/translationcenter.h"
+#include "dflocatesettingswidget.h"
 #include "dflocatetoolbar.h"
 #include "entryguard.h"
+#include "guicomponentbase/guicomponentcommon.h"
 
 #include <QPixmap>
 
@@ -72,9 +74,13 @@ void DFLocateComponent::NotifyDetached() {}
 
 QWidget* DFLocateComponent::CreateWidget(GuiComponentCommon* common, const QString& componentName)
 {
-    runEntry("DFLocateComponent::CreateWidget", sourceFile, __LINE__,
-             [&] { m_pToolBar = new DFLocateToolBar(common, componentName); });
-    return nullptr;
+    QWidget* panel = nullptr;
+    runEntry("DFLocateComponent::CreateWidget", sourceFile, __LINE__, [&] {
+        m_pToolBar = new DFLocateToolBar(common, componentName);
+        m_pSettings = new DFLocateSettingsWidget(common, componentName);
+        panel = m_pSettings;
+    });
+    return panel;
 }
 
 QToolBar* DFLocateComponent::GetToolBar()
@@ -87,6 +93,22 @@ bool DFLocateComponent::QueryOptionFlag()
     return false;
 }
 
+void DFLocateComponent::ConnectVelmarGuiServices(GuiComponentCommon* common)
+{
+    runEntry("DFLocateComponent::ConnectVelmarGuiServices", sourceFile, __LINE__, [&] {
+        const std::type_index type = typeid(IVelmarGuiUserInputControlService);
+        const auto found = common->getServiceRegistry()->findServiceRegistrationsImpl(type, {});
+        if (found.empty() || !m_pSettings)
+            return;
+        const auto service = std::static_pointer_cast<IVelmarGuiUserInputControlService>(found.front()->get(type));
+        if (service != nullptr) {
+            QObject::connect(service->GetQObject(),
+                             "2si_setUserInputMode(IVelmarGuiUserInputControlService::eUserInputMode)", m_pSettings,
+                             "1sl_setUserInputMode(IVelmarGuiUserInputControlService::eUserInputMode)");
+        }
+    });
+}
+
 QWidget* DFLocateComponent::GetExtraWidget()
 {
     return nullptr;
@@ -95,8 +117,18 @@ QWidget* DFLocateComponent::GetExtraWidget()
 void DFLocateComponent::ConnectInterfaceValues()
 {
     runEntry("DFLocateComponent::ConnectInterfaceValues", sourceFile, __LINE__, [this] {
+        if (m_pSettings)
+            m_pSettings->ConnectValues();
         if (m_pToolBar)
             QMetaObject::invokeMethod(m_pToolBar, "sl_VTConnected", Qt::DirectConnection);
+    });
+}
+
+void DFLocateComponent::CreateAndConnectInterfaceValues()
+{
+    runEntry("DFLocateComponent::CreateAndConnectInterfaceValues", sourceFile, __LINE__, [this] {
+        if (m_pSettings)
+            m_pSettings->sl_Offline();
     });
 }
 
