@@ -139,6 +139,8 @@ protected:
 
 private:
     void Edit(double number);
+    void Adopt(double number);
+    void WriteNumber(ValueBase& value, double number);
 
     VCNumericFloatSpin& m_spin;
     const bool m_editableWhenUnused;
@@ -217,27 +219,39 @@ void VCNumericFloatSpin::Private::NumberChanged(double number)
         Edit(number);
 }
 
+/// The operator has finished an edit with @p number.
 void VCNumericFloatSpin::Private::Edit(double number)
 {
-    ValueBase* const value = BoundValue();
-    if (value == nullptr) {
-        ShowEverything(); // the value was deleted without a word
-        return;
-    }
-    NumericContent before{numberOf(*value), std::nullopt};
+    const QPointer<VCNumericFloatSpin> spin(&m_spin);
+    Adopt(number);
+    if (spin && BoundValue() != nullptr)
+        WriteNumber(*BoundValue(), number);
+    // What the value became in the course of it; nothing for a value that was deleted without a word.
+    if (spin)
+        ShowEverything();
+}
+
+/// Takes the typed text for finished. The base class must do so too: the write may make the operator leave the field,
+/// by a message box for one, and an edit that is still pending would be written a second time.
+void VCNumericFloatSpin::Private::Adopt(double number)
+{
+    const QScopedValueRollback<bool> showing(m_isShowing, true);
+    m_spin.lineEdit()->setModified(false);
+    m_spin.setValue(number);
+}
+
+void VCNumericFloatSpin::Private::WriteNumber(ValueBase& value, double number)
+{
+    NumericContent before{numberOf(value), std::nullopt};
     NumericContent after{number, std::nullopt};
-    if (m_editableWhenUnused && value->GetState() == values::StateUnused) {
+    if (m_editableWhenUnused && value.GetState() == values::StateUnused) {
         before.state = values::StateUnused;
         after.state = values::StateOrdinary;
     }
-    // The text is finished: whatever the value becomes in the course of the write is shown.
-    m_spin.lineEdit()->setModified(false);
-    const QPointer<VCNumericFloatSpin> spin(&m_spin);
-    if (after.number != before.number || after.state)
-        CarryOut(std::make_unique<ValueEdit<NumericContent>>(
-            *value, before, after, this, VCNumericFloatSpin::tr("%1: %2").arg(value->GetName(), textOf(number))));
-    if (spin)
-        ShowValue();
+    if (after.number == before.number && !after.state)
+        return;
+    CarryOut(std::make_unique<ValueEdit<NumericContent>>(
+        value, before, after, this, VCNumericFloatSpin::tr("%1: %2").arg(value.GetName(), textOf(number))));
 }
 
 QString VCNumericFloatSpin::Private::Stripped(const QString& text) const

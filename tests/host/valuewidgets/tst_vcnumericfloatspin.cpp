@@ -587,6 +587,23 @@ private slots:
         QCOMPARE(shownText(*spin), "70");
     }
 
+    void leavingTheFieldInTheCourseOfTheWriteWritesNoSecondTime()
+    {
+        show(true);
+        level->SetState(values::StateUnused, nullptr);
+        QUndoStack undo;
+        UndoRecordingControlBase::SetUndoStack(&undo);
+        RecordingObserver observer([this](Observable*, TChangeCode code) {
+            if (code == ChangeState)
+                elsewhere->setFocus(); // as a message box would do
+        });
+        const Observation observation(*level, observer);
+        enter(*spin, "75");
+        QCOMPARE(observer.codes, (Codes{ChangeState, ChangeContent, ChangeExternal}));
+        QCOMPARE(undo.count(), 1);
+        QCOMPARE(level->GetValue(), 75);
+    }
+
     void theValueMayGoInTheCourseOfTheWrite()
     {
         QUndoStack undo;
