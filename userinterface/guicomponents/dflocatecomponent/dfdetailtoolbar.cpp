@@ -1,10 +1,13 @@
 #include "dfdetailtoolbar.h"
 
+#include "dfdetailedresults.h"
 #include "entryguard.h"
 #include "errortext.h"
 #include "fittedtext.h"
 #include "hostcodes.h"
 #include "icons/magnifier.xpm"
+#include "resultformats.h"
+#include "resultnames.h"
 #include "resulttime.h"
 #include "valuetools.h"
 
@@ -24,16 +27,6 @@ namespace VelmarGui {
 
 namespace {
 
-constexpr QLatin1String selectedDfName("SelectedDF");
-constexpr QLatin1String azimuthName("Azimuth");
-constexpr QLatin1String qualityName("Quality");
-constexpr QLatin1String longitudeName("DFLongitude");
-constexpr QLatin1String latitudeName("DFLatitude");
-constexpr QLatin1String qualityThresholdName("QualityThreshold");
-constexpr QLatin1String resultTimeName("ResultTime");
-constexpr QLatin1String frequencyName("Frequency");
-constexpr QLatin1String errorsName("Errors");
-
 constexpr int stationComboMaximumWidth = 120;
 constexpr int numberLabelWidth = 36;
 constexpr int timeLabelWidth = 60;
@@ -41,12 +34,10 @@ constexpr int timeLabelWidth = 60;
 // Not a literal QString: the host may keep traces for longer than this library is loaded.
 constexpr QLatin1String sourceFile("userinterface/guicomponents/dflocatecomponent/dfdetailtoolbar");
 
-constexpr QLatin1String nothingToShow("---");
-
-QString textWithUnit(const values::ValueSelection* selection, const QString& unit)
+/// The text of the current item followed directly by @p unit; "---" without selection or item.
+QString currentTextWithUnit(const values::ValueSelection* selection, const QString& unit)
 {
-    const values::SelectionItem* const item = selection != nullptr ? selection->GetCurrentItem() : nullptr;
-    return item != nullptr ? item->GetName() + unit : QString(nothingToShow);
+    return textWithUnit(selection != nullptr ? selection->GetCurrentItem() : nullptr, unit);
 }
 
 /// The quality in whole percent; 0 when there is none that can be read.
@@ -94,7 +85,10 @@ DFDetailToolbar::DFDetailToolbar(QToolBar* toolbar, const QString& toolbarPath)
     Link(m_frequency, frequencyName);
 }
 
-DFDetailToolbar::~DFDetailToolbar() = default;
+DFDetailToolbar::~DFDetailToolbar()
+{
+    delete m_pWindow;
+}
 
 template <typename T>
 bool DFDetailToolbar::Link(values::ValueObservingPtr<T>& pointer, QLatin1String name)
@@ -153,7 +147,7 @@ void DFDetailToolbar::Update(Observable* source, TChangeCode code)
     runEntry("DFDetailToolbar::Update", sourceFile, __LINE__, [this, source, code] {
         if (code == ItemsChanged) {
             if (isBoundTo(m_selectedDf, source))
-                ShowSelectedStation();
+                ShowSelectedStation(StationList::Changed);
         } else if (code == ValueChanged) {
             HandleContentChange(source);
         }
@@ -163,7 +157,7 @@ void DFDetailToolbar::Update(Observable* source, TChangeCode code)
 void DFDetailToolbar::HandleContentChange(const Observable* source)
 {
     if (isBoundTo(m_selectedDf, source))
-        ShowSelectedStation();
+        ShowSelectedStation(StationList::Unchanged);
     else if (isBoundTo(m_resultTime, source))
         ShowNewResult();
     else if (isBoundTo(m_quality, source))
@@ -172,12 +166,14 @@ void DFDetailToolbar::HandleContentChange(const Observable* source)
         UpdateError();
 }
 
-void DFDetailToolbar::ShowSelectedStation()
+void DFDetailToolbar::ShowSelectedStation(StationList list)
 {
     const QPointer<DFDetailToolbar> alive(this);
     CopySelectedKey();
     if (alive == nullptr)
         return;
+    if (list == StationList::Changed && m_pWindow != nullptr)
+        m_pWindow->Refresh();
     UpdateLabels();
     UpdateError();
 }
@@ -210,9 +206,10 @@ void DFDetailToolbar::UpdateLabels()
     if (!m_quality || !m_qualityThreshold)
         return;
     const bool goodEnough = m_qualityThreshold->GetValue() <= wholePercent(*m_quality.get());
-    m_pBearingLabel->setText(goodEnough ? textWithUnit(m_azimuth.get(), QString(QChar(0x00B0)))
+    m_pBearingLabel->setText(goodEnough ? currentTextWithUnit(m_azimuth.get(), QStringLiteral("°"))
                                         : QString(nothingToShow));
-    m_pQualityLabel->setText(goodEnough ? textWithUnit(m_quality.get(), QStringLiteral("%")) : QString(nothingToShow));
+    m_pQualityLabel->setText(goodEnough ? currentTextWithUnit(m_quality.get(), QStringLiteral("%"))
+                                        : QString(nothingToShow));
 }
 
 void DFDetailToolbar::UpdateTime()
@@ -241,10 +238,26 @@ void DFDetailToolbar::ColourButton()
     m_pDetailedResultsButton->setPalette(palette);
 }
 
-/// The driver may have created its result values after this toolbar was made: what was missing then is bound now.
 void DFDetailToolbar::SlotDetailedResults()
 {
-    runEntry("DFDetailToolbar::SlotDetailedResults", sourceFile, __LINE__, [this] { LinkMissingValues(); });
+    runEntry("DFDetailToolbar::SlotDetailedResults", sourceFile, __LINE__, [this] {
+        if (m_pWindow != nullptr) {
+            m_pWindow->show();
+            m_pWindow->activateWindow();
+        } else {
+            OpenWindow();
+        }
+    });
+}
+
+/// The driver may have created its result values after this toolbar was made: what was missing then is bound now.
+void DFDetailToolbar::OpenWindow()
+{
+    LinkMissingValues();
+    if (!m_selectedDf || !m_azimuth || !m_quality)
+        return;
+    m_pWindow = new DFDetailedResults(m_resultPath);
+    m_pWindow->show();
 }
 
 void DFDetailToolbar::LinkMissingValues()

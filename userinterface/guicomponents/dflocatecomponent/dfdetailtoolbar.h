@@ -4,6 +4,7 @@
 
 #include <QColor>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 
 class QLabel;
@@ -13,8 +14,12 @@ class VCComboBoxClassic;
 
 namespace VelmarGui {
 
+class DFDetailedResults;
+
 /// Shows the latest DF result of the selected DF station on the locate toolbar: which station, its bearing (degrees
 /// clockwise from true north), its quality (percent), and the local time of the result or the text of its error.
+///
+/// Its button opens the window with the results of all stations, which it owns and which may be deleted by others.
 ///
 /// Not a widget: its widgets are children of the toolbar. The driver creates and writes the result values. Their
 /// selections are parallel, with one item a station under the station's key; this object writes nothing but their
@@ -52,9 +57,15 @@ private:
     void AddDetailedResultsButton();
 
     void HandleContentChange(const Observable* source);
-    void ShowSelectedStation();
+    enum class StationList
+    {
+        Unchanged,
+        Changed
+    };
+    void ShowSelectedStation(StationList list);
     void ShowNewResult();
     void CopySelectedKey();
+    void OpenWindow();
     void LinkMissingValues();
 
     void UpdateLabels();
@@ -64,6 +75,7 @@ private:
 
     QToolBar* m_pToolBar;
     QString m_resultPath;
+    QPointer<DFDetailedResults> m_pWindow;
     values::ValueObservingPtr<values::ValueSelection> m_selectedDf{this};
     values::ValueObservingPtr<values::ValueSelection> m_azimuth{this};
     values::ValueObservingPtr<values::ValueSelection> m_quality{this};

@@ -6,6 +6,13 @@
 
 namespace VelmarGui {
 
+/// The value at @p path, null when there is none of kind @p T.
+template <typename T>
+[[nodiscard]] T* findValue(const QString& path)
+{
+    return dynamic_cast<T*>(values::Tree::Instance()->FindValue(path));
+}
+
 /// Text of the current item, empty when there is none.
 [[nodiscard]] inline QString currentItemText(const values::ValueSelection& selection)
 {
