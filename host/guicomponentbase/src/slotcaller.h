@@ -6,6 +6,7 @@
 #include <QPointer>
 
 #include <memory>
+#include <utility>
 
 namespace VelmarGui {
 

@@ -23,7 +23,7 @@ struct HotKeyInfo
 ///
 /// A hot key works in the whole application while the main widget is visible and no modal window blocks it. When several
 /// receivers share the same keys, the one that came last and still lives gets them. A receiver gets a QShortcutEvent with
-/// the keys and the id of its registration.
+/// the keys and the id of its registration, once for a key held down.
 class DEVICECONTROL_EXPORT GuiCentral
 {
 public:

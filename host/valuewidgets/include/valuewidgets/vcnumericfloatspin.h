@@ -14,8 +14,12 @@ class ValueBase;
 ///
 /// An edit is written when the operator finishes it (Return, leaving the field) and by arrow keys, buttons and wheel, not
 /// per key stroke, with this widget as the causing observer. A field being edited is not overwritten by the value; leaving
-/// it without a change writes nothing and shows the value again. Following the value writes nothing. Disabled while it has
-/// no value and while the value is in state "not in use"; the status tip then says why.
+/// it without a change writes nothing and shows the value again, and so does Escape. A number that others give the spin box
+/// (an assistive tool by setValue()) is an edit as well. Following the value writes nothing. Disabled while it has no value
+/// and while the value is in state "not in use"; the status tip then says why.
+///
+/// Numbers are shown in the fewest digits that are exact, with a decimal point and without grouping; a decimal comma is
+/// read as well.
 class VALUEWIDGETS_EXPORT VCNumericFloatSpin : public QDoubleSpinBox, public UndoRecordingControlBase
 {
     Q_OBJECT
