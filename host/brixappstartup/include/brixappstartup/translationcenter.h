@@ -10,8 +10,9 @@
 
 /// Keeps the translations of the registered namespaces installed in the application. GUI thread only.
 ///
-/// The translations of a namespace are the Qt file "<namespace>_<language>.qm" in the translation folder, in the language
-/// of the application's default locale. A namespace without such a file is registered all the same and stays untranslated.
+/// The translations of a namespace are the Qt file "<namespace>_<language>.qm" in the translation folder, in the
+/// language of the application's default locale. A namespace without such a file is registered all the same and stays
+/// untranslated.
 class BRIXAPPSTARTUP_EXPORT TranslationCenter
 {
 public:

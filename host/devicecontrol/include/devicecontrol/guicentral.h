@@ -21,9 +21,9 @@ struct HotKeyInfo
 
 /// The host's hot keys and its main widget. GUI thread only.
 ///
-/// A hot key works in the whole application while the main widget is visible and no modal window blocks it. When several
-/// receivers share the same keys, the one that came last and still lives gets them. A receiver gets a QShortcutEvent with
-/// the keys and the id of its registration, once for a key held down.
+/// A hot key works in the whole application while the main widget is visible and no modal window blocks it. When
+/// several receivers share the same keys, the one that came last and still lives gets them. A receiver gets a
+/// QShortcutEvent with the keys and the id of its registration, once for a key held down.
 class DEVICECONTROL_EXPORT GuiCentral
 {
 public:
@@ -34,8 +34,8 @@ public:
     GuiCentral& operator=(const GuiCentral&) = delete;
     virtual ~GuiCentral();
 
-    /// Registers a hot key and returns its id, which is at least 1; 0 for a null receiver or no key. @p enabled: it works
-    /// from now on. @p listed: it appears in the hot-key overview.
+    /// Registers a hot key and returns its id, which is at least 1; 0 for a null receiver or no key. @p enabled: it
+    /// works from now on. @p listed: it appears in the hot-key overview.
     int AddHotKey(Qt::Key key, Qt::KeyboardModifiers modifiers, QObject* receiver, const QString& text,
                   const QString& group, bool enabled, bool listed);
     /// Ends the registration @p id, or with @p forget false only switches it off. Unknown ids are ignored.

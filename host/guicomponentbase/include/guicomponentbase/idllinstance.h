@@ -15,8 +15,8 @@ protected:
 };
 
 /// @name Exports of a component library (C linkage)
-/// ZTCreate takes the component's name as zero-terminated text and returns a new object, or null. ZTDestroy takes back what
-/// ZTCreate of the same library returned. Neither lets an exception out.
+/// ZTCreate takes the component's name as zero-terminated text and returns a new object, or null. ZTDestroy takes back
+/// what ZTCreate of the same library returned. Neither lets an exception out.
 /// @{
 using ZTCreateFunction = IDllInstance* (*)(const wchar_t* name);
 using ZTDestroyFunction = void (*)(IDllInstance* instance);

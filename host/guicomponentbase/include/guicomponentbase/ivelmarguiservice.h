@@ -24,7 +24,8 @@ class GUICOMPONENTBASE_EXPORT IVelmarGuiUserInputControlService : public IVelmar
 public:
     ~IVelmarGuiUserInputControlService() override;
 
-    enum eUserInputMode : int {
+    enum eUserInputMode : int
+    {
         FullInput = 0,       ///< everything
         RestrictedInput = 1, ///< what does not disturb a running job
         LockedInput = 2,     ///< nothing: settings are shown only

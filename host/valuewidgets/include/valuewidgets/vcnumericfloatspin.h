@@ -12,11 +12,11 @@ class ValueBase;
 
 /// A spin box that shows and edits an integer or double value with the value's limits and step.
 ///
-/// An edit is written when the operator finishes it (Return, leaving the field) and by arrow keys, buttons and wheel, not
-/// per key stroke, with this widget as the causing observer. A field being edited is not overwritten by the value; leaving
-/// it without a change writes nothing and shows the value again, and so does Escape. A number that others give the spin box
-/// (an assistive tool by setValue()) is an edit as well. Following the value writes nothing. Disabled while it has no value
-/// and while the value is in state "not in use"; the status tip then says why.
+/// An edit is written when the operator finishes it (Return, leaving the field) and by arrow keys, buttons and wheel,
+/// not per key stroke, with this widget as the causing observer. A field being edited is not overwritten by the value;
+/// leaving it without a change writes nothing and shows the value again, and so does Escape. A number that others give
+/// the spin box (an assistive tool by setValue()) is an edit as well. Following the value writes nothing. Disabled
+/// while it has no value and while the value is in state "not in use"; the status tip then says why.
 ///
 /// Numbers are shown in the fewest digits that are exact, with a decimal point and without grouping; a decimal comma is
 /// read as well.
@@ -24,8 +24,8 @@ class VALUEWIDGETS_EXPORT VCNumericFloatSpin : public QDoubleSpinBox, public Und
 {
     Q_OBJECT
 public:
-    /// With @p editableWhenUnused the field can be edited in state "not in use" too; an edit then first brings the value to
-    /// the ordinary state.
+    /// With @p editableWhenUnused the field can be edited in state "not in use" too; an edit then first brings the
+    /// value to the ordinary state.
     explicit VCNumericFloatSpin(QWidget* parent = nullptr, bool editableWhenUnused = false);
     ~VCNumericFloatSpin() override;
 
