@@ -542,6 +542,8 @@ private slots:
             {{{50.0, 6.0}, 240.0, 1.0, false}, {{50.0, 7.0}, 120.0, 1.0, false}, {{50.5, 6.5}, 0.0, 1.0, false}});
         row("the third looks away", NoFix::BehindStation,
             {{{50.0, 6.0}, 45.0, 1.0, false}, {{50.0, 7.0}, 315.0, 1.0, false}, {{50.0, 6.5}, 180.0, 1.0, false}});
+        row("a poor third looks away", NoFix::BehindStation,
+            {{{50.0, 6.0}, 45.0, 1.0, false}, {{50.0, 7.0}, 315.0, 1.0, false}, {{50.2, 6.0}, 270.0, 60.0, false}});
         row("best only round the Earth", NoFix::BehindStation,
             {{{49.5, 7.6}, 140.0, 5.0, false}, {{49.4, 6.7}, 260.0, 5.0, false}, {{49.7, 6.9}, 130.0, 5.0, false}});
         row("best only round the Earth, but any angle is uncertain", NoFix::ParallelLines,
