@@ -1,5 +1,7 @@
 #pragma once
 
+#include "drivers/dfsettings.h"
+
 #include "valueframework/valuebase.h"
 
 #include <array>
@@ -72,20 +74,41 @@ constexpr int bandwidthKey12kHz = 7;
 /// An operator's first click shall measure: with key 0 there would be no activity to start.
 constexpr int activityKeyDf = 1;
 
-constexpr double largestHertz = 2147483647.0;
+constexpr double largestSpan = 2147483647.0;
 
 /// The thresholds are not in use until somebody sets them.
 constexpr std::array<ConfigEntry, 12> configTable{{
-    {"Config/DFFrequencyOffset", values::TypeDouble, -largestHertz, largestHertz, 1.0, 0.0, values::StateOrdinary, {}},
-    {"Config/DFSpan", values::TypeDouble, 0.0, largestHertz, 1.0, 0.0, values::StateOrdinary, {}},
+    {"Config/DFFrequencyOffset",
+     values::TypeDouble,
+     -largestFrequencyOffset,
+     largestFrequencyOffset,
+     1.0,
+     0.0,
+     values::StateOrdinary,
+     {}},
+    {"Config/DFSpan", values::TypeDouble, 0.0, largestSpan, 1.0, 0.0, values::StateOrdinary, {}},
     selectionEntry("Config/DFLocateWorkflow", listOf(workflowItems), 0),
     selectionEntry("Config/DFLocateType", listOf(locateTypeItems), 0),
     selectionEntry("Config/DFLocateActivity", listOf(activityItems), activityKeyDf),
     selectionEntry("Config/DFLocateActivityTrigger", listOf(activityTriggerItems), 0),
     {"Config/OverwriteThreshold", values::TypeBool, 0.0, 0.0, 0.0, 0.0, values::StateOrdinary, {}},
     selectionEntry("Config/Mode", listOf(modeItems), 0),
-    {"Config/Quality", values::TypeInt, 1.0, 100.0, 1.0, 1.0, values::StateUnused, {}},
-    {"Config/Threshold", values::TypeInt, -40.0, 200.0, 1.0, 0.0, values::StateUnused, {}},
+    {"Config/Quality",
+     values::TypeInt,
+     lowestQualityThreshold,
+     highestQualityThreshold,
+     1.0,
+     1.0,
+     values::StateUnused,
+     {}},
+    {"Config/Threshold",
+     values::TypeInt,
+     lowestLevelThreshold,
+     highestLevelThreshold,
+     1.0,
+     0.0,
+     values::StateUnused,
+     {}},
     selectionEntry("Config/Bandwidth", listOf(bandwidthItems), bandwidthKey12kHz),
     selectionEntry("Config/AverageTime", listOf(averagingItems), 0),
 }};

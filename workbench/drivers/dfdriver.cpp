@@ -3,9 +3,11 @@
 #include "drivers/configtable.h"
 #include "drivers/dfsource.h"
 #include "drivers/geodesy.h"
+#include "drivers/settingstext.h"
 #include "drivers/statustext.h"
 
 #include "valueframework/valueclasses/valueobservermacros.h"
+#include "ztbase/errorhandler.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -42,6 +44,48 @@ void setUpList(ValueSelection* selection, const ItemList& list, int currentKey)
         selection->AddItem(QString::fromLatin1(list.items[key].text), list.items[key].number, key);
     selection->Select(currentKey);
     selection->SetState(values::StateOrdinary, nullptr);
+}
+
+/// The text @p textOf gives for each entry, with its number and its position as key, and the entry at @p current
+/// current. Observers are told of the items only.
+template <typename Entry, typename NumberOf>
+void setUpDeviceList(const values::ValuePtr<ValueSelection>& selection, const std::vector<Entry>& entries,
+                     NumberOf numberOf, int current, IObserver* observer)
+{
+    if (!selection)
+        return;
+    const values::ValueTransaction transaction = selection->CreateTransaction({ChangeItems}, observer);
+    selection->DeleteItems(observer);
+    int key = 0;
+    for (const Entry& entry : entries)
+        selection->AddItem(entry.text, numberOf(entry), key++, observer);
+    selection->SelectIndex(current, observer);
+}
+
+int positionOf(const std::vector<DeviceMode>& modes, DfMode wanted)
+{
+    const auto found =
+        std::find_if(modes.begin(), modes.end(), [wanted](const DeviceMode& mode) { return mode.mode == wanted; });
+    return static_cast<int>(found - modes.begin());
+}
+
+/// The number of the current item. Nothing without one: a list that is being filled says nothing.
+std::optional<double> currentNumber(const values::ValuePtr<ValueSelection>& selection)
+{
+    const values::SelectionItem* const item = selection ? selection->GetCurrentItem() : nullptr;
+    return item != nullptr ? std::optional(item->GetValue()) : std::nullopt;
+}
+
+std::optional<DfMode> currentMode(const values::ValuePtr<ValueSelection>& selection)
+{
+    const values::SelectionItem* const item = selection ? selection->GetCurrentItem() : nullptr;
+    return item != nullptr ? modeFromText(item->GetName()) : std::nullopt;
+}
+
+std::optional<int> thresholdInUse(const values::ValuePtr<IntValue>& threshold)
+{
+    const bool isInUse = threshold && threshold->GetState() == values::StateOrdinary;
+    return isInUse ? std::optional(threshold->GetValue()) : std::nullopt;
 }
 
 template <typename Number, typename NumericValue>
@@ -128,6 +172,10 @@ public:
     [[nodiscard]] DfSource& source() const { return *m_source; }
     [[nodiscard]] bool isRunning() const { return m_isMeasuring || m_isCyclic; }
     [[nodiscard]] bool isCyclic() const { return m_isCyclic; }
+    [[nodiscard]] const DfSettings& settings() const { return m_settings; }
+    [[nodiscard]] const std::optional<DfRequest>& publishedRequest() const { return m_publishedRequest; }
+    [[nodiscard]] int currentDevice() const { return m_currentDevice; }
+    void selectDevice(int index);
 
 private:
     using SelectionPtr = values::ValuePtr<ValueSelection>;
@@ -143,6 +191,16 @@ private:
     void provideConfig(const QString& handlerRoot);
     void provideResults(const QString& resultRoot);
     void provideGlobals();
+    void provideDeviceLists();
+
+    [[nodiscard]] const DfDevice& device() const { return m_devices.at(static_cast<std::size_t>(m_currentDevice)); }
+    void takeSettingsText();
+    void takeWord(const Observable* value, TChangeCode code);
+    void bringIntoForce(const DfSettings& wanted);
+    void answerLater();
+    void answer();
+    void showSettingsText();
+    void showSettingsInDeviceLists();
 
     void obey(int command);
     void startSingle();
@@ -186,15 +244,29 @@ private:
     bool m_isCyclic = false;
     bool m_isPublishing = false;
 
+    std::vector<DfDevice> m_devices;
+    int m_currentDevice = 0;
+    DfSettings m_settings; // in force, always such as the device can do
+    DfRequest m_request;   // of the measurement under way
+    std::optional<DfRequest> m_publishedRequest;
+    std::optional<JobXml::DF_Settings> m_acceptedText; // for what is in it beside the settings
+    bool m_textIsDue = false;
+    bool m_answerIsDue = false;
+
     std::list<values::ValuePtr<values::ValueBase>> m_created;
     values::ValueObservingPtr<ValueSelection> m_commands{this};
     values::ValuePtr<DoubleValue> m_frequency;
-    values::ValuePtr<DoubleValue> m_frequencyOffset;
-    values::ValuePtr<IntValue> m_configQuality;
-    values::ValuePtr<IntValue> m_configThreshold;
-    SelectionPtr m_mode;
-    SelectionPtr m_bandwidth;
-    SelectionPtr m_averageTime;
+    values::ValueObservingPtr<DoubleValue> m_frequencyOffset{this};
+    values::ValueObservingPtr<IntValue> m_configQuality{this};
+    values::ValueObservingPtr<IntValue> m_configThreshold{this};
+    values::ValueObservingPtr<ValueSelection> m_mode{this};
+    values::ValueObservingPtr<ValueSelection> m_bandwidth{this};
+    values::ValueObservingPtr<ValueSelection> m_averageTime{this};
+    values::ValueObservingPtr<ValueSelection> m_deviceMode{this};
+    values::ValueObservingPtr<ValueSelection> m_deviceBandwidth{this};
+    values::ValueObservingPtr<ValueSelection> m_deviceAveraging{this};
+    values::ValueObservingPtr<StringValue> m_toDriver{this};
+    values::ValuePtr<StringValue> m_settingsText;
     values::ValuePtr<BoolValue> m_deviceReady;
     values::ValuePtr<BoolValue> m_running;
     values::ValuePtr<BoolValue> m_cyclicStarted;
@@ -218,6 +290,7 @@ DfDriver::Private::Private(DfDriver* driver, std::unique_ptr<DfSource> source, c
                            const QString& parameterRoot)
     : m_driver(driver)
     , m_source(std::move(source))
+    , m_devices(m_source->devices())
 {
     m_frame.setSingleShot(true);
     m_frame.setTimerType(Qt::PreciseTimer);
@@ -243,8 +316,8 @@ DfDriver::Private::Private(DfDriver* driver, std::unique_ptr<DfSource> source, c
     m_status.Assign(provide<StringValue>(handlerRoot + QLatin1String("Values/Status/LocateStatus")));
     m_hriStatus.Assign(provide<StringValue>(hriStatusPath));
     writeStatus();
-    for (const char* name : {"DF_Settings", "DFLOCATE/ToDriver"})
-        provide<StringValue>(parameterRoot + QLatin1String(name));
+    m_settingsText.Assign(provide<StringValue>(parameterRoot + QLatin1String("DF_Settings")));
+    m_toDriver.Assign(provide<StringValue>(parameterRoot + QLatin1String("DFLOCATE/ToDriver")));
     m_commands.Assign(commands);
     provideGlobals();
 }
@@ -252,6 +325,7 @@ DfDriver::Private::Private(DfDriver* driver, std::unique_ptr<DfSource> source, c
 DfDriver::Private::~Private()
 {
     m_commands.Assign(nullptr);
+    m_toDriver.Assign(nullptr);
     m_selectedDf.Assign(nullptr);
     m_source->disconnect(m_driver);
     m_frame.stop();
@@ -305,6 +379,15 @@ void DfDriver::Private::provideConfig(const QString& handlerRoot)
     LinkByPath(m_mode, configRoot + QLatin1String("Mode"));
     LinkByPath(m_bandwidth, configRoot + QLatin1String("Bandwidth"));
     LinkByPath(m_averageTime, configRoot + QLatin1String("AverageTime"));
+
+    DfSettings wanted;
+    wanted.bandwidth = currentNumber(m_bandwidth).value_or(0.0);
+    wanted.averaging = currentNumber(m_averageTime).value_or(0.0);
+    wanted.mode = currentMode(m_mode).value_or(DfMode::Normal);
+    wanted.qualityThreshold = thresholdInUse(m_configQuality);
+    wanted.levelThreshold = thresholdInUse(m_configThreshold);
+    wanted.frequencyOffset = m_frequencyOffset ? m_frequencyOffset->GetValue() : 0.0;
+    m_settings = device().corrected(wanted);
 }
 
 void DfDriver::Private::provideResults(const QString& resultRoot)
@@ -357,24 +440,162 @@ void DfDriver::Private::provideGlobals()
         m_frequency->SetMin(0.0, nullptr);
         m_frequency->SetValue(m_source->initialFrequency().value_or(0.0), nullptr);
     }
-    setUpList(provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfBandwidth")), listOf(bandwidthItems),
-              bandwidthKey12kHz);
-    setUpList(provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfAveraging")), listOf(averagingItems), 0);
-    setUpList(provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfMode")), listOf(modeItems), 0);
+    m_deviceBandwidth.Assign(provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfBandwidth")));
+    m_deviceAveraging.Assign(provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfAveraging")));
+    m_deviceMode.Assign(provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfMode")));
+    provideDeviceLists();
     // Last: whoever is told that the device is ready reads its lists.
     m_deviceReady.Assign(provide<BoolValue>(globalRoot + QLatin1String("DfDeviceReady")));
     if (m_deviceReady)
         m_deviceReady->SetValue(true, this);
 }
 
+void DfDriver::Private::provideDeviceLists()
+{
+    const auto numberOf = [](const DeviceStep& step) { return step.number; };
+    const auto noNumber = [](const DeviceMode&) { return 0.0; };
+    const Alive alive(m_driver);
+    const std::vector<DeviceStep>& bandwidths = device().bandwidths;
+    const std::vector<DeviceStep>& averagingTimes = device().averagingTimes;
+    const std::vector<DeviceMode>& modes = device().modes;
+    setUpDeviceList(m_deviceBandwidth, bandwidths, numberOf, nearestStep(bandwidths, m_settings.bandwidth), this);
+    if (alive)
+        setUpDeviceList(m_deviceAveraging, averagingTimes, numberOf, nearestStep(averagingTimes, m_settings.averaging),
+                        this);
+    if (alive)
+        setUpDeviceList(m_deviceMode, modes, noNumber, positionOf(modes, m_settings.mode), this);
+}
+
+void DfDriver::Private::selectDevice(int index)
+{
+    if (index == m_currentDevice)
+        return;
+    const Alive alive(m_driver);
+    m_currentDevice = index;
+    m_settings = device().corrected(m_settings);
+    m_textIsDue = m_acceptedText.has_value();
+    answerLater();
+    provideDeviceLists();
+    if (!alive || !m_deviceReady)
+        return;
+    const values::ValueTransaction transaction =
+        m_deviceReady->CreateTransaction({ChangeContent, ChangeExternal}, this);
+    m_deviceReady->SetValue(true, this);
+}
+
 void DfDriver::Private::Update(Observable* changed, TChangeCode code)
 {
-    if (code != ChangeContent)
+    // Set again, the same text is sent again: its sender may have gone back to what was corrected the last time.
+    if (changed == m_toDriver.get() && code == ChangeExternal) {
+        takeSettingsText();
         return;
-    if (changed == m_commands.get())
+    }
+    if (code == ChangeContent && changed == m_commands.get())
         obey(m_commands->GetCurrentKey());
-    else if (changed == m_selectedDf.get())
+    else if (code == ChangeContent && changed == m_selectedDf.get())
         followSelectedStation();
+    else
+        takeWord(changed, code);
+}
+
+void DfDriver::Private::takeSettingsText()
+{
+    const auto read = readSettingsText(m_toDriver->GetValue());
+    if (const auto* const error = std::get_if<SettingsTextError>(&read)) {
+        const QString reason = QStringLiteral("The settings for the driver are refused: %1.").arg(error->reason);
+        if ((ErrorHandler::Instance()->GetTraceMask() & ErrorHandler::ComponentTraces) != 0)
+            _Q_Trace(reason, QStringLiteral("workbench/drivers/dfdriver"), __LINE__);
+        emit m_driver->settingsRefused(reason);
+        return;
+    }
+    m_acceptedText = std::get<JobXml::DF_Settings>(read);
+    m_textIsDue = true;
+    bringIntoForce(settingsAfter(m_settings, *m_acceptedText));
+    answerLater();
+}
+
+/// Takes over what a Config value or a device list says for its setting.
+void DfDriver::Private::takeWord(const Observable* value, TChangeCode code)
+{
+    DfSettings wanted = m_settings;
+    const auto takeThreshold = [&](std::optional<int>& setting, const values::ValuePtr<IntValue>& threshold) {
+        const bool isInUse = threshold->GetState() == values::StateOrdinary;
+        const bool isTakenOutOfUse = code == ChangeState && threshold->GetState() == values::StateUnused;
+        if (isInUse || isTakenOutOfUse)
+            setting = thresholdInUse(threshold);
+    };
+    if (value == m_configQuality.get())
+        takeThreshold(wanted.qualityThreshold, m_configQuality);
+    else if (value == m_configThreshold.get())
+        takeThreshold(wanted.levelThreshold, m_configThreshold);
+    else if (code != ChangeContent)
+        return;
+    else if (value == m_frequencyOffset.get())
+        wanted.frequencyOffset = m_frequencyOffset->GetValue();
+    else if (value == m_bandwidth.get())
+        wanted.bandwidth = currentNumber(m_bandwidth).value_or(wanted.bandwidth);
+    else if (value == m_deviceBandwidth.get())
+        wanted.bandwidth = currentNumber(m_deviceBandwidth).value_or(wanted.bandwidth);
+    else if (value == m_averageTime.get())
+        wanted.averaging = currentNumber(m_averageTime).value_or(wanted.averaging);
+    else if (value == m_deviceAveraging.get())
+        wanted.averaging = currentNumber(m_deviceAveraging).value_or(wanted.averaging);
+    else if (value == m_mode.get())
+        wanted.mode = currentMode(m_mode).value_or(wanted.mode);
+    else if (value == m_deviceMode.get())
+        wanted.mode = currentMode(m_deviceMode).value_or(wanted.mode);
+    bringIntoForce(wanted);
+}
+
+void DfDriver::Private::bringIntoForce(const DfSettings& wanted)
+{
+    const DfSettings settings = device().corrected(wanted);
+    if (settings == m_settings && settings == wanted)
+        return;
+    m_settings = settings;
+    answerLater();
+}
+
+/// From the event loop, once for all that comes until then: an answer in the middle of an exchange would be taken for a
+/// part of it.
+void DfDriver::Private::answerLater()
+{
+    if (std::exchange(m_answerIsDue, true))
+        return;
+    QMetaObject::invokeMethod(
+        m_driver, [this] { answer(); }, Qt::QueuedConnection);
+}
+
+void DfDriver::Private::answer()
+{
+    const Alive alive(m_driver);
+    m_answerIsDue = false;
+    // The text first: a component that follows it sets the device lists too, and all at once. One list alone it would
+    // take for the operator's choice and send it together with the old rest.
+    if (std::exchange(m_textIsDue, false))
+        showSettingsText();
+    if (alive)
+        showSettingsInDeviceLists();
+}
+
+void DfDriver::Private::showSettingsText()
+{
+    if (!m_settingsText)
+        return;
+    const values::ValueTransaction transaction =
+        m_settingsText->CreateTransaction({ChangeContent, ChangeExternal}, this);
+    m_settingsText->SetValue(textWithSettings(*m_acceptedText, m_settings), this);
+}
+
+void DfDriver::Private::showSettingsInDeviceLists()
+{
+    const Alive alive(m_driver);
+    if (m_deviceBandwidth)
+        m_deviceBandwidth->SelectIndex(nearestStep(device().bandwidths, m_settings.bandwidth), this);
+    if (alive && m_deviceAveraging)
+        m_deviceAveraging->SelectIndex(nearestStep(device().averagingTimes, m_settings.averaging), this);
+    if (alive && m_deviceMode)
+        m_deviceMode->SelectIndex(positionOf(device().modes, m_settings.mode), this);
 }
 
 void DfDriver::Private::obey(int command)
@@ -430,22 +651,15 @@ void DfDriver::Private::beginMeasurement()
     if (m_isMeasuring)
         return;
     m_isMeasuring = true;
-    m_source->measure(request());
+    m_request = request();
+    m_source->measure(m_request);
 }
 
 DfRequest DfDriver::Private::request() const
 {
-    DfRequest request;
+    DfRequest request{m_settings};
     if (m_frequency && m_frequency->GetValue() > 0.0)
-        request.frequency = m_frequency->GetValue() + (m_frequencyOffset ? m_frequencyOffset->GetValue() : 0.0);
-    if (m_bandwidth)
-        request.bandwidth = m_bandwidth->GetCurrentValue();
-    if (m_averageTime)
-        request.averaging = m_averageTime->GetCurrentValue();
-    if (m_mode)
-        request.mode = m_mode->GetStringValue();
-    if (m_configThreshold && m_configThreshold->GetState() == values::StateOrdinary)
-        request.levelThreshold = m_configThreshold->GetValue();
+        request.frequency = m_frequency->GetValue() + m_settings.frequencyOffset;
     return request;
 }
 
@@ -495,6 +709,7 @@ void DfDriver::Private::publish(DfResult result)
     const Alive alive(m_driver);
     m_isMeasuring = false;
     m_isPublishing = true;
+    m_publishedRequest = m_request;
     for (const auto step : steps) {
         (this->*step)(result);
         if (!alive)
@@ -520,9 +735,8 @@ void DfDriver::Private::writeFrequency(const DfResult& result)
 
 void DfDriver::Private::writeQualityThreshold(const DfResult& /*result*/)
 {
-    const bool isInUse = m_configQuality && m_configQuality->GetState() == values::StateOrdinary;
     if (m_qualityThreshold)
-        m_qualityThreshold->SetValue(isInUse ? m_configQuality->GetValue() : 0, this);
+        m_qualityThreshold->SetValue(m_settings.qualityThreshold.value_or(0), this);
 }
 
 // No network locates yet, so no result has a fix.
@@ -694,6 +908,26 @@ bool DfDriver::isRunning() const
 bool DfDriver::isCyclic() const
 {
     return d->isCyclic();
+}
+
+const DfSettings& DfDriver::settings() const
+{
+    return d->settings();
+}
+
+const std::optional<DfRequest>& DfDriver::publishedRequest() const
+{
+    return d->publishedRequest();
+}
+
+int DfDriver::currentDevice() const
+{
+    return d->currentDevice();
+}
+
+void DfDriver::selectDevice(int index)
+{
+    d->selectDevice(index);
 }
 
 } // namespace workbench

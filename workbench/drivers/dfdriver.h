@@ -1,6 +1,7 @@
 #pragma once
 
 #include "drivers/dfresult.h"
+#include "drivers/dfsettings.h"
 
 #include <QObject>
 #include <QString>
@@ -22,6 +23,21 @@ class DfSource;
 /// the latest wins. The next cyclic measurement starts when the last result is written, so that none is lost of a
 /// source that answers as soon as it can. A failure of the source ends cyclic measuring. Values that vanish, or whose
 /// place is taken by a value of another kind, are left out. Observers may delete the driver at any time.
+///
+/// **Settings.** The latest word counts: at first the Config values, then whichever comes last of
+/// - a settings text set in "DFLOCATE/ToDriver", also when it is the same text as before. It speaks for all settings
+/// that
+///   it names, and for both thresholds;
+/// - a change of a Config value, for this setting. A threshold is in use while its value is in the ordinary state; a
+///   change of its content in another state says nothing;
+/// - a selection in one of the device lists "DeviceDfBandwidth", "DeviceDfAveraging" and "DeviceDfMode", for this
+/// setting.
+///
+/// So a component with a settings panel, which turns every change into a text, and one without are served alike. Each
+/// word is corrected to what the device can do (DfDevice::corrected()) and counts from then on, at once. From the event
+/// loop the driver answers: a settings text, with all settings as they are in force, in "DF_Settings" (announced also
+/// when it is the same as before: whoever sent another one learns what holds), and in the device lists what is selected
+/// now. A text that is no settings text is refused, and "DF_Settings" stays as it is.
 class DfDriver : public QObject
 {
     Q_OBJECT
@@ -38,11 +54,24 @@ public:
     [[nodiscard]] bool isRunning() const; ///< a measurement is under way or cyclic measuring is on
     [[nodiscard]] bool isCyclic() const;
 
+    /// What the next measurement is made with.
+    [[nodiscard]] const DfSettings& settings() const;
+    /// What the result published last was measured with; nothing before the first.
+    [[nodiscard]] const std::optional<DfRequest>& publishedRequest() const;
+
+    /// Position in the source's list of devices.
+    [[nodiscard]] int currentDevice() const;
+    /// Goes on with another device of the source: corrects the settings to what it can do, publishes its lists (with
+    /// ChangeItems only) and announces "DfDeviceReady" again. @p index lies within the source's list.
+    void selectDevice(int index);
+
 signals:
     /// All values of @p result are written.
     void resultPublished(const workbench::DfResult& result);
     /// The measurement was given up, and cyclic measuring with it; @p reason is a sentence for people.
     void measurementFailed(const QString& reason);
+    /// The text in "DFLOCATE/ToDriver" is refused; @p reason is a sentence for people. It is traced as well.
+    void settingsRefused(const QString& reason);
 
 private:
     class Private;

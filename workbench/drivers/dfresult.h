@@ -77,16 +77,6 @@ struct DfResult
     std::optional<TrueEmitter> truth;
 };
 
-/// The settings with which a measurement is made.
-struct DfRequest
-{
-    double frequency = 0.0;            ///< Hz; 0: unknown
-    double bandwidth = 0.0;            ///< Hz
-    double averaging = 0.0;            ///< ms
-    QString mode;                      ///< raw text of the mode item, such as "Normal"
-    std::optional<int> levelThreshold; ///< dBµV; stations that receive less report no signal
-};
-
 } // namespace workbench
 
 Q_DECLARE_METATYPE(workbench::DfResult)

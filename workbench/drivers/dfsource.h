@@ -1,5 +1,6 @@
 #pragma once
 
+#include "drivers/dfdevice.h"
 #include "drivers/dfresult.h"
 
 #include <QObject>
@@ -18,6 +19,8 @@ public:
     [[nodiscard]] virtual std::vector<StationInfo> stations() const = 0;
     /// The stations of the remote service; often none.
     [[nodiscard]] virtual std::vector<StationInfo> hriStations() const = 0;
+    /// The devices that the network can be equipped with; at least one. The first is in use at first.
+    [[nodiscard]] virtual std::vector<DfDevice> devices() const { return {standardDevice()}; }
     /// To which frequency (Hz) the network is tuned at first; nothing when unknown.
     [[nodiscard]] virtual std::optional<double> initialFrequency() const = 0;
     /// How many more measurements there are; nothing when there is no end.

@@ -42,6 +42,8 @@ constexpr Range noiseFigures{0.0, 100.0, "a number of dB from 0 to 100"};
 constexpr Range percentages{0.0, 100.0, "a percentage from 0 to 100"};
 constexpr Range powersDbm{-200.0, 200.0, "a power in dBm from -200 to 200"};
 constexpr Range powersWatt{1e-23, 1e17, "a power in W from 1e-23 to 1e17"};
+constexpr Range bandwidths{1.0, 1e9, "a bandwidth in Hz from 1 to 1e9"};
+constexpr Range averagingTimes{0.0, 3.6e6, "an averaging time in ms from 0 to 3.6e6"};
 constexpr Range times{0.0, 1e9, "a number of seconds from 0 to 1e9"};
 
 QString shown(const QJsonValue& value)
@@ -350,6 +352,79 @@ ScenarioEmitter readEmitter(ObjectReader& object)
     return emitter;
 }
 
+/// Texts tell the steps and modes of a device apart, wherever they are selected.
+class UniqueTexts
+{
+public:
+    void check(ObjectReader& object, const char* name, const QString& text)
+    {
+        if (!text.isEmpty() && m_texts.contains(text))
+            object.unexpected(name, QStringLiteral("a text that is not in the list above"));
+        m_texts.insert(text);
+    }
+
+private:
+    QSet<QString> m_texts;
+};
+
+std::vector<DeviceStep> readSteps(ObjectReader& device, const char* list, const char* numberName, const Range& range)
+{
+    std::vector<DeviceStep> steps;
+    UniqueTexts uniqueTexts;
+    device.list(list, ObjectReader::NotEmpty, [&](const QJsonValue& value, const QString& path) {
+        ObjectReader object(device.reading(), value, path);
+        const QString text = object.text("text");
+        uniqueTexts.check(object, "text", text);
+        steps.push_back({text, object.number(numberName, range)});
+    });
+    return steps;
+}
+
+std::vector<DeviceMode> readModes(ObjectReader& device)
+{
+    std::vector<DeviceMode> modes;
+    QSet<int> known;
+    device.list("modes", ObjectReader::NotEmpty, [&](const QJsonValue& value, const QString& path) {
+        const QString text = value.toString();
+        const std::optional<DfMode> mode = modeFromText(text);
+        if (!mode || known.contains(static_cast<int>(*mode))) {
+            device.reading().unexpected(path,
+                                        QStringLiteral("a mode that begins with \"nor\", \"con\" or \"gat\" as no "
+                                                       "other mode of the device does"),
+                                        value);
+            return;
+        }
+        known.insert(static_cast<int>(*mode));
+        modes.push_back({text, *mode});
+    });
+    if (!modes.empty() && !known.contains(static_cast<int>(DfMode::Normal)))
+        device.unexpected("modes", QStringLiteral("a mode that begins with \"nor\" among them"));
+    return modes;
+}
+
+DfDevice readDevice(ObjectReader& object)
+{
+    DfDevice device;
+    device.name = object.text("name");
+    device.bandwidths = readSteps(object, "bandwidths", "hz", bandwidths);
+    device.averagingTimes = readSteps(object, "averagingTimes", "ms", averagingTimes);
+    device.modes = readModes(object);
+    return device;
+}
+
+void readDevices(ObjectReader& scenario, std::vector<DfDevice>& devices)
+{
+    if (!scenario.has("devices"))
+        return;
+    devices.clear();
+    UniqueTexts uniqueNames;
+    scenario.list("devices", ObjectReader::NotEmpty, [&](const QJsonValue& value, const QString& path) {
+        ObjectReader object(scenario.reading(), value, path);
+        devices.push_back(readDevice(object));
+        uniqueNames.check(object, "name", devices.back().name);
+    });
+}
+
 Scenario readScenario(Reading& reading, const QJsonValue& root)
 {
     ObjectReader object(reading, root, QString());
@@ -373,6 +448,7 @@ Scenario readScenario(Reading& reading, const QJsonValue& root)
         ObjectReader emitter(reading, value, path);
         scenario.emitters.push_back(readEmitter(emitter));
     });
+    readDevices(object, scenario.devices);
     return scenario;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "drivers/dfdevice.h"
 #include "drivers/dfresult.h"
 #include "drivers/loaded.h"
 
@@ -71,6 +72,8 @@ struct Scenario
     std::vector<ScenarioStation> stations;
     std::vector<StationInfo> hriStations; ///< the stations of the remote service
     std::vector<ScenarioEmitter> emitters;
+    std::vector<DfDevice> devices{
+        standardDevice()}; ///< that the network can be equipped with; the first is in use at first
 };
 
 /// Reads a scenario file (docs/scenario-format.md). Reports all errors and loads nothing when there is one.

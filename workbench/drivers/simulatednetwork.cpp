@@ -26,7 +26,7 @@ bool haveSameSettings(const DfRequest& a, const DfRequest& b)
 /// Whether a signal is strong enough for the mode and the operator's level threshold.
 bool isLevelSufficient(double level, const DfRequest& request)
 {
-    if (request.mode == QLatin1String("Gate"))
+    if (request.mode == DfMode::Gated)
         return level > request.levelThreshold.value_or(0);
     return !request.levelThreshold || level >= *request.levelThreshold;
 }
@@ -59,6 +59,11 @@ std::vector<StationInfo> SimulatedNetwork::stations() const
 std::vector<StationInfo> SimulatedNetwork::hriStations() const
 {
     return m_scenario.hriStations;
+}
+
+std::vector<DfDevice> SimulatedNetwork::devices() const
+{
+    return m_scenario.devices;
 }
 
 std::optional<double> SimulatedNetwork::initialFrequency() const
@@ -118,7 +123,7 @@ DfResult SimulatedNetwork::measureNow(const DfRequest& request)
         const double spread =
             propagation::bearingSpread(station.bearingAccuracy, signal->level - noise, request.averaging);
         double azimuth = signal->azimuth + spread * chance.normal;
-        if (request.mode == QLatin1String("Cont"))
+        if (request.mode == DfMode::Continuous)
             azimuth = averagedAzimuth(station.info.id, signal->emitter, azimuth);
         measurement.azimuth = geodesy::normalizedAzimuth(azimuth);
         measurement.quality = propagation::qualityFromSpread(spread);

@@ -20,10 +20,9 @@ namespace workbench {
 /// emitter is chosen at each station by itself. A station without a bearing tells no level either.
 ///
 /// Bearing, level and quality follow drivers/propagation.h; the bearing is the forward azimuth of the geodesic from the
-/// station to the emitter (WGS84) plus normally distributed noise. Modes: "Gate" measures only while the level is above
-/// the level threshold, or above 0 dBµV when none is given; "Cont" averages each station's bearing over successive
-/// measurements of the same emitter with the same settings, the latest with a weight of a quarter; any other mode
-/// measures every time afresh.
+/// station to the emitter (WGS84) plus normally distributed noise. DfMode::Gated measures only while the level is above
+/// the level threshold, or above 0 dBµV when none is given; DfMode::Continuous averages each station's bearing over
+/// successive measurements of the same emitter with the same settings, the latest with a weight of a quarter.
 ///
 /// The same scenario, seed and requests give the same results on every machine (with Pacing::RealTime the clock has a
 /// part in it). The truth of a result is the emitter on which most stations have a bearing, of several the first in the
@@ -38,6 +37,7 @@ public:
     /// A station is available while it has no outage.
     [[nodiscard]] std::vector<StationInfo> stations() const override;
     [[nodiscard]] std::vector<StationInfo> hriStations() const override;
+    [[nodiscard]] std::vector<DfDevice> devices() const override;
     [[nodiscard]] std::optional<double> initialFrequency() const override;
     [[nodiscard]] std::optional<int> measurementsLeft() const override;
 
@@ -80,7 +80,7 @@ private:
     NoiseGenerator m_noise;
     QElapsedTimer m_realClock;
     qint64 m_simulatedMs = 0;
-    std::map<int, Average> m_averages; // by station, in mode "Cont"
+    std::map<int, Average> m_averages; // by station, in continuous mode
     DfRequest m_averagedRequest;
 };
 

@@ -425,7 +425,7 @@ void DfDriverTest::deviceListsAreThereWhenTheDeviceIsReady()
     const DfDriver driver(std::make_unique<FakeSource>(), handlerRoot, parameterRoot);
     ready->RemoveObserver(&observer);
     QCOMPARE(seen, (QStringList{QStringLiteral("12.0 kHz of 14"), QStringLiteral("Off of 7"),
-                                QStringLiteral("Normal of 3")}));
+                                QStringLiteral("NORMAL of 3")}));
 }
 
 void DfDriverTest::statusTextsTellTheStations()
@@ -722,7 +722,7 @@ void DfDriverTest::theRequestCarriesTheSettings()
     QCOMPARE(bench.source->requests[0].frequency, 123456789.0);
     QCOMPARE(bench.source->requests[0].bandwidth, 12000.0);
     QCOMPARE(bench.source->requests[0].averaging, 0.0);
-    QCOMPARE(bench.source->requests[0].mode, QStringLiteral("Normal"));
+    QCOMPARE(bench.source->requests[0].mode, DfMode::Normal);
     QVERIFY(!bench.source->requests[0].levelThreshold);
     bench.answer();
 
@@ -734,7 +734,7 @@ void DfDriverTest::theRequestCarriesTheSettings()
     QCOMPARE(bench.source->requests[1].frequency, 50e6);
     QCOMPARE(bench.source->requests[1].bandwidth, 200000.0);
     QCOMPARE(bench.source->requests[1].averaging, 2000.0);
-    QCOMPARE(bench.source->requests[1].mode, QStringLiteral("Gate"));
+    QCOMPARE(bench.source->requests[1].mode, DfMode::Gated);
 }
 
 void DfDriverTest::thresholdsCountOnlyWhileInUse()

@@ -31,7 +31,7 @@ std::vector<DfResult> measure(SimulatedNetwork& network, double frequency, int c
     DfRequest request;
     request.frequency = frequency;
     request.bandwidth = 12000.0;
-    request.mode = QStringLiteral("Normal");
+    request.mode = DfMode::Normal;
     for (int i = 1; i <= count; ++i) {
         network.measure(request);
         while (results.size() < static_cast<std::size_t>(i))

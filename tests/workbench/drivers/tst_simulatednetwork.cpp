@@ -41,7 +41,7 @@ DfRequest request(double bandwidth = 12000.0)
     DfRequest request;
     request.frequency = tuned;
     request.bandwidth = bandwidth;
-    request.mode = QStringLiteral("Normal");
+    request.mode = DfMode::Normal;
     return request;
 }
 
@@ -329,7 +329,7 @@ void SimulatedNetworkTest::gateMeasuresOnlyAboveTheThreshold()
 {
     Scenario scenario = simpleScenario();
     DfRequest gated = request();
-    gated.mode = QStringLiteral("Gate");
+    gated.mode = DfMode::Gated;
     scenario.emitters[0].eirp = eirpForLevel(-0.5);
     QCOMPARE(Measurements(scenario).station().error, DfError::None);
     QCOMPARE(Measurements(scenario).station(gated).error, DfError::NoSignal);
@@ -400,7 +400,7 @@ void SimulatedNetworkTest::contAveragesOverMeasurements()
     Scenario scenario = simpleScenario();
     scenario.emitters[0].eirp = eirpForLevel(propagation::noiseLevel(12000.0, 10.0) + 20.0);
     DfRequest cont = request();
-    cont.mode = QStringLiteral("Cont");
+    cont.mode = DfMode::Continuous;
     Measurements normal(scenario);
     Measurements running(scenario);
     const double first = *normal.station().azimuth;
@@ -416,11 +416,11 @@ void SimulatedNetworkTest::contStartsAfreshWithOtherSettings()
     Scenario scenario = simpleScenario();
     scenario.emitters[0].eirp = eirpForLevel(propagation::noiseLevel(12000.0, 10.0) + 20.0);
     DfRequest cont = request();
-    cont.mode = QStringLiteral("Cont");
+    cont.mode = DfMode::Continuous;
     DfRequest narrower = cont;
     narrower.bandwidth = 7500.0;
     DfRequest narrowerNormal = narrower;
-    narrowerNormal.mode = QStringLiteral("Normal");
+    narrowerNormal.mode = DfMode::Normal;
     Measurements normal(scenario);
     Measurements running(scenario);
     normal.station();
@@ -438,7 +438,7 @@ void SimulatedNetworkTest::contAveragesAcrossNorth()
     scenario.emitters[0].eirp = eirpForLevel(propagation::noiseLevel(12000.0, 10.0) + 20.0);
     Measurements measurements(scenario);
     DfRequest cont = request();
-    cont.mode = QStringLiteral("Cont");
+    cont.mode = DfMode::Continuous;
     for (int i = 0; i < 200; ++i) {
         const double azimuth = *measurements.station(cont).azimuth;
         QVERIFY(azimuth >= 0.0 && azimuth < 360.0);
