@@ -123,8 +123,6 @@ QString FormField::ItemText(const ValueSelection& items, int index) const
 
 void FormField::SelectText(ValueSelection& items, const QString& text)
 {
-    if (text.isEmpty())
-        return;
     int match = -1;
     for (int i = items.GetItemCount() - 1; i >= 0; --i) { // backwards: the first of several wins
         const QString itemText = ItemText(items, i).trimmed();

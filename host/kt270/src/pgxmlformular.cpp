@@ -259,7 +259,7 @@ bool PgXmlFormular::EvaluateScript(const QString& code)
 void PgXmlFormular::SetVTValue(values::ValueBase* value, IObserver* /*observer*/, bool refresh)
 {
     for (const auto& field : d->fields) {
-        if (value != nullptr && field->GetBound() == value)
+        if (field->GetBound() == value)
             field->TakeOver(refresh);
     }
 }

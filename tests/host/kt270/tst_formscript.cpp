@@ -76,6 +76,14 @@ private slots:
         QCOMPARE(traces.records.front().text, trace);
     }
 
+    void whatAFailedScriptAskedForIsNotDoneByTheNextOneEither()
+    {
+        const auto form = formFrom(describedForm());
+        QVERIFY(!form->EvaluateScript(QStringLiteral("useLimits(true); throw 1;")));
+        QVERIFY(form->EvaluateScript(QStringLiteral("0")));
+        QCOMPARE(form->GetXmlString(), bothDisabled);
+    }
+
     void withoutTheTraceBitNothingIsTraced()
     {
         const Traces traces(0);
