@@ -171,7 +171,7 @@ void TestShotReport::theTableIsAligned()
 void TestShotReport::theTableShowsMissingThingsAsDashes()
 {
     ShotReport shot;
-    shot.averageBearing = QString();
+    shot.averageBearing.emplace();
     shot.stations = {{}};
     shot.stations[0].name = "A";
     QCOMPARE(workbench::shotTable(1, shot), QString("Result 1\n"
