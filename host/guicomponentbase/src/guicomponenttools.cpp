@@ -166,8 +166,12 @@ void GuiComponentTools::AddParameterSet(const QString& name, QObject* receiver, 
 
 void GuiComponentTools::UpdateParameterSet(const QString& name, const QString& xml)
 {
-    if (d->common)
-        d->common->d->parameterContents[d->Key(name)] = xml;
+    GuiComponentCommon* const common = d->common;
+    if (common == nullptr)
+        return;
+    const auto key = d->Key(name);
+    common->d->parameterContents[key] = xml;
+    emit common->si_parameterSetUpdated(key.first, key.second); // last: whoever is told may delete what he likes
 }
 
 QString GuiComponentTools::GetPGXMLFilename(const QString& name, const QString& kind) const

@@ -5,6 +5,8 @@
 #include "valueframework/valueclasses/value.h"
 #include "valuereceiver.h"
 
+#include <QSignalSpy>
+
 #include <memory>
 
 using namespace VelmarGui;
@@ -113,6 +115,36 @@ private slots:
         tools->UpdateParameterSet(settings, xml);
         QVERIFY(receiver->changed.empty());
         QCOMPARE(common->GetParameterSet(component, settings), xml);
+    }
+
+    void everyReportIsAnnouncedAfterItIsStored()
+    {
+        QStringList told;
+        QObject::connect(common.get(), &GuiComponentCommon::si_parameterSetUpdated, receiver.get(),
+                         [&](const QString& from, const QString& name) {
+                             told += from + name + common->GetParameterSet(from, name);
+                         });
+        tools->UpdateParameterSet(settings, xml);
+        tools->UpdateParameterSet(settings, xml);
+        QCOMPARE(told, QStringList({component + settings + xml, component + settings + xml}));
+    }
+
+    void whatTheHostHandsInIsNotAnnouncedToIt()
+    {
+        QSignalSpy updated(common.get(), &GuiComponentCommon::si_parameterSetUpdated);
+        tools->AddParameterSet(settings, receiver.get(), changedSlot);
+        common->SetParameterSet(component, settings, xml);
+        QCOMPARE(updated.count(), 0);
+    }
+
+    void everythingMayBeDeletedWhenAReportIsAnnounced()
+    {
+        QObject::connect(common.get(), &GuiComponentCommon::si_parameterSetUpdated, receiver.get(), [this] {
+            tools.reset();
+            common.reset();
+        });
+        tools->UpdateParameterSet(settings, xml);
+        QVERIFY(common == nullptr);
     }
 
     void aSlotMayReportItsContentBack()

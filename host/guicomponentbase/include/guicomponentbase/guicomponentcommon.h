@@ -14,7 +14,7 @@ namespace VelmarGui {
 class GuiComponentTools;
 
 /// What the host shares with all its components: the service registry, the components' parameter sets, links and global
-/// names, and three announcements. Outlives the components' widgets. GUI thread only.
+/// names, and its announcements. Outlives the components' widgets. GUI thread only.
 class GUICOMPONENTBASE_EXPORT GuiComponentCommon : public QObject
 {
     Q_OBJECT
@@ -48,6 +48,9 @@ signals:
     void si_parametersRequested();
     /// The host's display properties changed.
     void si_propertiesChanged();
+    /// For the host: @p component has reported the content of its parameter set @p name, which GetParameterSet() gives.
+    /// Emitted for every report, also of the same content; not for what the host hands in.
+    void si_parameterSetUpdated(const QString& component, const QString& name);
 
 private:
     friend class GuiComponentTools;
