@@ -68,11 +68,17 @@ std::optional<DfMode> modeFromText(const QString& text)
 
 int nearestStep(const std::vector<DeviceStep>& steps, double number)
 {
+    if (steps.empty())
+        return 0;
+    const auto [least, greatest] = std::minmax_element(
+        steps.begin(), steps.end(), [](const DeviceStep& a, const DeviceStep& b) { return a.number < b.number; });
+    // Into the range first: seen from very far away all steps are equally near.
+    const double inRange = std::clamp(number, least->number, greatest->number);
     const auto nearest =
-        std::min_element(steps.begin(), steps.end(), [number](const DeviceStep& a, const DeviceStep& b) {
-            return std::abs(a.number - number) < std::abs(b.number - number);
+        std::min_element(steps.begin(), steps.end(), [inRange](const DeviceStep& a, const DeviceStep& b) {
+            return std::abs(a.number - inRange) < std::abs(b.number - inRange);
         });
-    return nearest != steps.end() ? static_cast<int>(nearest - steps.begin()) : 0;
+    return static_cast<int>(nearest - steps.begin());
 }
 
 } // namespace workbench

@@ -590,12 +590,15 @@ void DfDriver::Private::showSettingsText()
 void DfDriver::Private::showSettingsInDeviceLists()
 {
     const Alive alive(m_driver);
-    if (m_deviceBandwidth)
-        m_deviceBandwidth->SelectIndex(nearestStep(device().bandwidths, m_settings.bandwidth), this);
-    if (alive && m_deviceAveraging)
-        m_deviceAveraging->SelectIndex(nearestStep(device().averagingTimes, m_settings.averaging), this);
-    if (alive && m_deviceMode)
-        m_deviceMode->SelectIndex(positionOf(device().modes, m_settings.mode), this);
+    const auto show = [&](const SelectionPtr& list, int index) {
+        if (list && list->GetItemIndex(list->GetCurrentKey()) != index)
+            list->SelectIndex(index, this);
+    };
+    show(m_deviceBandwidth, nearestStep(device().bandwidths, m_settings.bandwidth));
+    if (alive)
+        show(m_deviceAveraging, nearestStep(device().averagingTimes, m_settings.averaging));
+    if (alive)
+        show(m_deviceMode, positionOf(device().modes, m_settings.mode));
 }
 
 void DfDriver::Private::obey(int command)

@@ -13,6 +13,8 @@ namespace {
 
 const QByteArray station = R"({"id": 1, "name": "A", "latitude": 50, "longitude": 10})";
 const QByteArray emitter = R"({"name": "E", "frequencyHz": 1e8, "eirpDbm": 10, "latitude": 50, "longitude": 11})";
+const QByteArray device =
+    R"({"name": "D", "bandwidths": [{"text": "b", "hz": 100}], "averagingTimes": [{"text": "a", "ms": 5}], "modes": ["norm"]})";
 
 /// A scenario of one line per list, so that errors are in known lines: stations 2, emitters 3.
 QByteArray scenarioText(const QByteArray& stations, const QByteArray& emitters, const QByteArray& more = {})
@@ -106,6 +108,20 @@ void ScenarioTest::everyFieldIsRead()
     QCOMPARE(scenario.emitters[1].track.size(), std::size_t(2));
     QCOMPARE(scenario.emitters[1].track[1].time, 60.0);
     QCOMPARE(scenario.emitters[1].track[1].position.latitude, 51.0);
+
+    QCOMPARE(scenario.devices.size(), std::size_t(2));
+    const DfDevice& device = scenario.devices[1];
+    QCOMPARE(device.name, QStringLiteral("Second"));
+    QCOMPARE(device.bandwidths.size(), std::size_t(2));
+    QCOMPARE(device.bandwidths[1].text, QStringLiteral("2.5 kHz"));
+    QCOMPARE(device.bandwidths[1].number, 2500.0);
+    QCOMPARE(device.averagingTimes.size(), std::size_t(1));
+    QCOMPARE(device.averagingTimes[0].text, QStringLiteral("none"));
+    QCOMPARE(device.averagingTimes[0].number, 0.0);
+    QCOMPARE(device.modes.size(), std::size_t(2));
+    QCOMPARE(device.modes[0].text, QStringLiteral("GATED"));
+    QCOMPARE(device.modes[0].mode, DfMode::Gated);
+    QCOMPARE(device.modes[1].mode, DfMode::Normal);
 }
 
 void ScenarioTest::whatIsNotGivenHasItsDefault()
@@ -124,6 +140,9 @@ void ScenarioTest::whatIsNotGivenHasItsDefault()
     QVERIFY(only.outages.empty());
     QCOMPARE(only.timeoutPercent, 0.0);
     QVERIFY(loaded.value->hriStations.empty());
+    QCOMPARE(loaded.value->devices.size(), std::size_t(1));
+    QCOMPARE(loaded.value->devices[0].name, QStringLiteral("Standard"));
+    QCOMPARE(loaded.value->devices[0].bandwidths.size(), std::size_t(14));
     QVERIFY(loaded.value->emitters.at(0).onAir.empty());
 }
 
@@ -217,6 +236,43 @@ void ScenarioTest::oneErrorIsToldWithFileLineAndField_data()
                   "s.json:2: stations[0].outages[0].fromS: expected a number of seconds from 0 to 1e9, found -1");
     moreInStation("outage empty", R"("outages": [{"fromS": 2, "toS": 2}])",
                   "s.json:2: stations[0].outages[0].toS: expected a number of seconds above \"fromS\", found 2");
+
+    const auto inDevice = [](const char* name, const QByteArray& from, const QByteArray& to, const char* error) {
+        const QByteArray text = QByteArray(device).replace(from, to);
+        QTest::newRow(name) << scenarioText(station, emitter, ",\n\"devices\": [" + text + "]")
+                            << QString::fromUtf8(error);
+    };
+    inDevice("no device", device, "", "s.json:4: devices: expected a list that is not empty, found []");
+    inDevice("device no object", device, "5", "s.json:4: devices[0]: expected an object, found 5");
+    inDevice("device's name", R"("name": "D", )", "",
+             "s.json:4: devices[0].name: expected a text that is not empty, found nothing");
+    inDevice("no bandwidths", R"({"text": "b", "hz": 100})", "",
+             "s.json:4: devices[0].bandwidths: expected a list that is not empty, found []");
+    inDevice("bandwidth too small", R"("hz": 100)", R"("hz": 0)",
+             "s.json:4: devices[0].bandwidths[0].hz: expected a bandwidth in Hz from 1 to 1e9, found 0");
+    inDevice("bandwidth without text", R"("text": "b", )", "",
+             "s.json:4: devices[0].bandwidths[0].text: expected a text that is not empty, found nothing");
+    inDevice("bandwidth twice", R"({"text": "b", "hz": 100})", R"({"text": "b", "hz": 100}, {"text": "b", "hz": 200})",
+             "s.json:4: devices[0].bandwidths[1].text: expected a text that is not in the list above, found \"b\"");
+    inDevice("averaging too long", R"("ms": 5)", R"("ms": 3600001)",
+             "s.json:4: devices[0].averagingTimes[0].ms: expected an averaging time in ms from 0 to 3.6e6, found "
+             "3600001");
+    inDevice("averaging unknown field", R"("ms": 5)", R"("ms": 5, "s": 1)",
+             "s.json:4: devices[0].averagingTimes[0].s: no such field");
+    inDevice("mode unknown", R"("norm")", R"("norm", "wobble")",
+             "s.json:4: devices[0].modes[1]: expected a mode that begins with \"nor\", \"con\" or \"gat\" as no "
+             "other mode of the device does, found \"wobble\"");
+    inDevice("mode twice", R"("norm")", R"("norm", "NORMAL")",
+             "s.json:4: devices[0].modes[1]: expected a mode that begins with \"nor\", \"con\" or \"gat\" as no "
+             "other mode of the device does, found \"NORMAL\"");
+    inDevice("mode no text", R"("norm")", R"("norm", 3)",
+             "s.json:4: devices[0].modes[1]: expected a mode that begins with \"nor\", \"con\" or \"gat\" as no "
+             "other mode of the device does, found 3");
+    inDevice("no normal mode", R"("norm")", R"("gate")",
+             "s.json:4: devices[0].modes: expected a mode that begins with \"nor\" among them, found [\"gate\"]");
+    QTest::newRow("device twice") << scenarioText(station, emitter, ",\n\"devices\": [" + device + ",\n" + device + "]")
+                                  << QStringLiteral("s.json:5: devices[1].name: expected a text that is not in the "
+                                                    "list above, found \"D\"");
 
     QTest::newRow("id twice") << scenarioText(station + ",\n" + QByteArray(station).replace("\"A\"", "\"B\""), emitter)
                               << QStringLiteral("s.json:3: stations[1].id: expected an identifier that no station "
