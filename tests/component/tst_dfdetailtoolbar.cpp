@@ -1,3 +1,4 @@
+#include "dfdetailedresults.h"
 #include "dfdetailtoolbar.h"
 
 #include "drivervalues.h"
@@ -9,8 +10,10 @@
 #include <QLabel>
 #include <QPointer>
 #include <QSignalSpy>
+#include <QTableWidget>
 #include <QToolBar>
 #include <QToolButton>
+#include <QTranslator>
 
 #include <algorithm>
 #include <memory>
@@ -22,6 +25,7 @@ Q_DECLARE_METATYPE(values::ValueSelection*)
 using testsupport::DriverValues;
 using testsupport::RecordingObserver;
 using testsupport::Traces;
+using VelmarGui::DFDetailedResults;
 using VelmarGui::DFDetailToolbar;
 
 namespace {
@@ -67,6 +71,17 @@ struct Results
 void setNorth(values::ValueSelection* selection, const QString& text)
 {
     QVERIFY(selection->AddItem(text, 0.0, DriverValues::North));
+}
+
+/// The open or hidden windows of detailed results.
+QList<DFDetailedResults*> resultWindows()
+{
+    QList<DFDetailedResults*> windows;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* const window = dynamic_cast<DFDetailedResults*>(widget))
+            windows << window;
+    }
+    return windows;
 }
 
 } // namespace
@@ -144,6 +159,24 @@ private slots:
     void pressingShowsAnErrorThatHasAppeared();
     void pressingActsOnThePressAndNotOnTheRelease();
     void pressingFindsAValueThatCameBack();
+
+    // The window of detailed results
+    void pressingOpensTheWindow();
+    void pressingAgainShowsAndActivatesTheWindow();
+    void theWindowNeedsStationsAzimuthAndQuality_data();
+    void theWindowNeedsStationsAzimuthAndQuality();
+    void pressingOnceMoreOpensTheWindowWhenTheValuesHaveCome();
+    void aNewStationListRefreshesTheWindow();
+    void aNewStationListIsRefreshedAfterTheKeyIsCopied();
+    void anotherStationDoesNotRefreshTheWindow();
+    void aNewStationListOpensNoWindow();
+    void aWholeResultIsShownInTheWindow();
+    void aWindowThatCannotBeMadeIsTraced();
+    void theWindowGoesWithTheToolbar();
+    void theToolbarMayGoAfterTheWindow();
+    void aWindowThatWasDeletedIsMadeAnew();
+    void aWindowThatIsDeletedWhenClosedIsMadeAnew();
+    void theWindowMayGoWhileTheKeyIsCopied();
 
     // Lives and deaths
     void eachResultValueMayGo_data();
@@ -951,6 +984,269 @@ void TestDFDetailToolbar::pressingFindsAValueThatCameBack()
     QCOMPARE(results.combo()->GetValueSelection(), again);
     again->Select(DriverValues::South);
     QCOMPARE(driver.azimuth->GetCurrentKey(), DriverValues::South);
+}
+
+// ---- The window of detailed results ----
+
+void TestDFDetailToolbar::pressingOpensTheWindow()
+{
+    const DriverValues driver;
+    const Results results;
+    QCOMPARE(resultWindows().size(), 0);
+    results.press();
+    QCOMPARE(resultWindows().size(), 1);
+    const DFDetailedResults* const window = resultWindows().first();
+    QVERIFY(window->isVisible());
+    QVERIFY(window->parent() == nullptr);
+    QCOMPARE(window->windowTitle(), QStringLiteral("DF/Locate detailed results"));
+    QCOMPARE(window->m_pTable->rowCount(), 2);
+    QCOMPARE(window->m_pTable->item(0, 2)->text(), QStringLiteral("12.5") + degrees);
+}
+
+void TestDFDetailToolbar::pressingAgainShowsAndActivatesTheWindow()
+{
+    const DriverValues driver;
+    const Results results;
+    results.press();
+    DFDetailedResults* const window = resultWindows().first();
+    window->close();
+    QVERIFY(!window->isVisible());
+    results.press();
+    QCOMPARE(resultWindows(), QList<DFDetailedResults*>{window});
+    QVERIFY(window->isVisible());
+
+    QWidget inFront;
+    inFront.show();
+    inFront.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&inFront));
+    results.press();
+    QTRY_COMPARE(QApplication::activeWindow(), window);
+}
+
+void TestDFDetailToolbar::theWindowNeedsStationsAzimuthAndQuality_data()
+{
+    QTest::addColumn<QString>("missing");
+    QTest::addColumn<bool>("opens");
+
+    QTest::newRow("stations") << "SelectedDF" << false;
+    QTest::newRow("azimuth") << "Azimuth" << false;
+    QTest::newRow("quality") << "Quality" << false;
+    for (const char* name : {"Errors", "DFLongitude", "DFLatitude", "QualityThreshold", "ResultTime", "Frequency"})
+        QTest::newRow(name) << name << true;
+}
+
+void TestDFDetailToolbar::theWindowNeedsStationsAzimuthAndQuality()
+{
+    QFETCH(QString, missing);
+    QFETCH(bool, opens);
+    const DriverValues driver({"Values/Result/" + missing});
+    const Results results;
+    results.press();
+    QCOMPARE(resultWindows().size(), opens ? 1 : 0);
+}
+
+void TestDFDetailToolbar::pressingOnceMoreOpensTheWindowWhenTheValuesHaveCome()
+{
+    const testsupport::FreshTree tree;
+    const Results results;
+    results.press();
+    QCOMPARE(resultWindows().size(), 0);
+    const DriverValues driver;
+    results.press();
+    QCOMPARE(resultWindows().size(), 1);
+    QCOMPARE(resultWindows().first()->m_pTable->rowCount(), 2);
+}
+
+void TestDFDetailToolbar::aNewStationListRefreshesTheWindow()
+{
+    const DriverValues driver;
+    const Results results;
+    results.press();
+    const QTableWidget* const table = resultWindows().first()->m_pTable;
+    driver.azimuth->AddItem("99.0", 0.0, 9);
+    driver.quality->AddItem("99", 0.0, 9);
+    driver.selectedDf->AddItem("West", 0.0, 9);
+    QCOMPARE(table->rowCount(), 3);
+    QCOMPARE(table->item(2, 0)->text(), QStringLiteral("West"));
+    QCOMPARE(table->item(2, 2)->text(), QStringLiteral("99.0") + degrees);
+    driver.selectedDf->DeleteItem(DriverValues::North);
+    QCOMPARE(table->rowCount(), 2);
+    QCOMPARE(table->item(0, 0)->text(), QStringLiteral("South"));
+    resultWindows().first()->close();
+    driver.selectedDf->DeleteItems();
+    QCOMPARE(table->rowCount(), 0);
+}
+
+void TestDFDetailToolbar::aNewStationListIsRefreshedAfterTheKeyIsCopied()
+{
+    int rowsWhenCopied = -1;
+    RecordingObserver noting([&rowsWhenCopied](Observable*, TChangeCode code) {
+        if (code == ChangeContent)
+            rowsWhenCopied = resultWindows().first()->m_pTable->rowCount();
+    });
+    const DriverValues driver;
+    const Results results;
+    results.press();
+    driver.errors->AddObserver(&noting);
+    {
+        // Another choice that is told with the new list, not before it.
+        const values::ValueTransaction change = driver.selectedDf->CreateTransaction({ChangeItems}, nullptr);
+        driver.selectedDf->AddItem("West", 0.0, 9);
+        driver.selectedDf->Select(DriverValues::South);
+    }
+    QCOMPARE(rowsWhenCopied, 2);
+    QCOMPARE(resultWindows().first()->m_pTable->rowCount(), 3);
+    QCOMPARE(results.time(), QStringLiteral("Timeout"));
+}
+
+void TestDFDetailToolbar::anotherStationDoesNotRefreshTheWindow()
+{
+    const DriverValues driver;
+    const Results results;
+    results.press();
+    const QTableWidget* const table = resultWindows().first()->m_pTable;
+    setNorth(driver.azimuth, "99.0");
+    driver.selectedDf->Select(DriverValues::South);
+    driver.quality->HasChanged(ChangeContent, nullptr);
+    driver.errors->HasChanged(ChangeContent, nullptr);
+    QCOMPARE(table->item(0, 2)->text(), QStringLiteral("12.5") + degrees);
+    driver.selectedDf->HasChanged(ChangeItems, nullptr);
+    QCOMPARE(table->item(0, 2)->text(), QStringLiteral("99.0") + degrees);
+}
+
+void TestDFDetailToolbar::aNewStationListOpensNoWindow()
+{
+    const DriverValues driver;
+    const Results results;
+    driver.selectedDf->AddItem("West", 0.0, 9);
+    driver.resultTime->SetValue(winterNoon, nullptr);
+    QCOMPARE(resultWindows().size(), 0);
+}
+
+void TestDFDetailToolbar::aWholeResultIsShownInTheWindow()
+{
+    const DriverValues driver;
+    const Results results;
+    results.press();
+    const DFDetailedResults* const window = resultWindows().first();
+    {
+        const values::ValueTransaction change = driver.selectedDf->CreateTransaction({ChangeItems}, nullptr);
+        driver.selectedDf->DeleteItem(DriverValues::South);
+        driver.selectedDf->AddItem("West", 0.0, 9);
+    }
+    driver.azimuth->AddItem("99.0", 0.0, 9);
+    {
+        const values::ValueTransaction change = driver.errors->CreateTransaction({ChangeItems}, nullptr);
+        driver.errors->AddItem("-3", 0.0, 9);
+    }
+    driver.quality->AddItem("75", 0.0, 9);
+    driver.quality->HasChanged(ChangeContent, nullptr);
+    driver.resultTime->SetValue(winterNoon, nullptr);
+    driver.errors->HasChanged(ChangeContent, nullptr);
+    QCOMPARE(window->m_pDateTimeLabel->text(), QStringLiteral("2026-01-15 12:00:00"));
+    QStringList west;
+    for (int column = 0; column < 8; ++column)
+        west << window->m_pTable->item(1, column)->text();
+    QCOMPARE(west, (QStringList{"West", "433.92 MHz", "99.0" + degrees, nothing, "75%", nothing, nothing,
+                                "Not in time range"}));
+}
+
+namespace {
+
+/// Fails in the texts of the window.
+class FailingTranslator : public QTranslator
+{
+public:
+    FailingTranslator() { QCoreApplication::installTranslator(this); }
+    ~FailingTranslator() override { QCoreApplication::removeTranslator(this); }
+    FailingTranslator(const FailingTranslator&) = delete;
+    FailingTranslator& operator=(const FailingTranslator&) = delete;
+
+    [[nodiscard]] bool isEmpty() const override { return false; }
+    QString translate(const char* context, const char* sourceText, const char*, int) const override
+    {
+        if (QLatin1String(context) == QLatin1String("DFLocateDetailedResultsWidget"))
+            throw std::runtime_error("out of words");
+        return QString::fromUtf8(sourceText);
+    }
+};
+
+} // namespace
+
+void TestDFDetailToolbar::aWindowThatCannotBeMadeIsTraced()
+{
+    const DriverValues driver;
+    const Results results;
+    {
+        const FailingTranslator failing;
+        const Traces traces;
+        results.press();
+        QCOMPARE(traces.records.size(), std::size_t(1));
+        QCOMPARE(traces.records[0].text, QStringLiteral("Exception in DFDetailToolbar::SlotDetailedResults"));
+    }
+    QCOMPARE(resultWindows().size(), 0);
+    results.press();
+    QCOMPARE(resultWindows().size(), 1);
+}
+
+void TestDFDetailToolbar::theWindowGoesWithTheToolbar()
+{
+    const DriverValues driver;
+    const std::size_t before = driver.resultTime->GetObserverCount();
+    {
+        const Results results;
+        results.press();
+        QCOMPARE(resultWindows().size(), 1);
+    }
+    QCOMPARE(resultWindows().size(), 0);
+    QCOMPARE(driver.resultTime->GetObserverCount(), before);
+}
+
+void TestDFDetailToolbar::theToolbarMayGoAfterTheWindow()
+{
+    const DriverValues driver;
+    Results results;
+    results.press();
+    delete resultWindows().first();
+    driver.selectedDf->AddItem("West", 0.0, 9);
+    results.bar.reset();
+    QVERIFY(results.detail == nullptr);
+}
+
+void TestDFDetailToolbar::aWindowThatWasDeletedIsMadeAnew()
+{
+    const DriverValues driver;
+    const Results results;
+    results.press();
+    delete resultWindows().first();
+    results.press();
+    QCOMPARE(resultWindows().size(), 1);
+    QVERIFY(resultWindows().first()->isVisible());
+}
+
+void TestDFDetailToolbar::aWindowThatIsDeletedWhenClosedIsMadeAnew()
+{
+    const DriverValues driver;
+    const Results results;
+    results.press();
+    resultWindows().first()->setAttribute(Qt::WA_DeleteOnClose);
+    resultWindows().first()->close();
+    QTRY_COMPARE(resultWindows().size(), 0);
+    driver.selectedDf->AddItem("West", 0.0, 9);
+    results.press();
+    QCOMPARE(resultWindows().size(), 1);
+    QCOMPARE(resultWindows().first()->m_pTable->rowCount(), 3);
+}
+
+void TestDFDetailToolbar::theWindowMayGoWhileTheKeyIsCopied()
+{
+    RecordingObserver deleting([](Observable*, TChangeCode) { qDeleteAll(resultWindows()); });
+    const DriverValues driver;
+    const Results results;
+    results.press();
+    driver.errors->AddObserver(&deleting);
+    driver.selectedDf->AddItem("West", 0.0, 9);
+    QCOMPARE(resultWindows().size(), 0);
 }
 
 // ---- Lives and deaths ----

@@ -136,18 +136,30 @@ void TestResultFormats::aCoordinateTextIsANumberOrStandsAsItIs_data()
     QTest::addColumn<QString>("given");
     QTest::addColumn<QString>("text");
 
-    QTest::newRow("number") << "11.5" << "11°30.000'";
-    QTest::newRow("decimal comma") << "11,5" << "11°30.000'";
-    QTest::newRow("blanks around") << " 11.5 " << "11°30.000'";
-    QTest::newRow("too large") << "370" << "---";
-    QTest::newRow("written already") << "8°30.000'" << "8°30.000'";
-    QTest::newRow("words") << "not known" << "not known";
-    QTest::newRow("number and words") << "11.5 E" << "11.5 E";
-    QTest::newRow("empty") << "" << "";
-    QTest::newRow("blank") << " " << " ";
-    QTest::newRow("infinite") << "inf" << "inf";
-    QTest::newRow("not a number") << "nan" << "nan";
-    QTest::newRow("place marker") << "%1" << "%1";
+    QTest::newRow("number") << "11.5"
+                            << "11°30.000'";
+    QTest::newRow("decimal comma") << "11,5"
+                                   << "11°30.000'";
+    QTest::newRow("blanks around") << " 11.5 "
+                                   << "11°30.000'";
+    QTest::newRow("too large") << "370"
+                               << "---";
+    QTest::newRow("written already") << "8°30.000'"
+                                     << "8°30.000'";
+    QTest::newRow("words") << "not known"
+                           << "not known";
+    QTest::newRow("number and words") << "11.5 E"
+                                      << "11.5 E";
+    QTest::newRow("empty") << ""
+                           << "";
+    QTest::newRow("blank") << " "
+                           << " ";
+    QTest::newRow("infinite") << "inf"
+                              << "inf";
+    QTest::newRow("not a number") << "nan"
+                                  << "nan";
+    QTest::newRow("place marker") << "%1"
+                                  << "%1";
 }
 
 void TestResultFormats::aCoordinateTextIsANumberOrStandsAsItIs()

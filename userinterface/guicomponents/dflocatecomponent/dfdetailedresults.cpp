@@ -83,6 +83,7 @@ DFDetailedResults::DFDetailedResults(const QString& resultPrefix)
     values::LinkByPath(m_errors, m_resultPrefix + errorsName);
 
     Refresh();
+    m_table->resizeColumnsToContents();
     m_table->setColumnWidth(NameColumn, nameColumnWidth);
 }
 
@@ -215,11 +216,23 @@ void DFDetailedResults::WriteRow(int row, const RowTexts& texts)
     for (int column = 0; column < ColumnCount; ++column) {
         const QString& text = texts[static_cast<std::size_t>(column)];
         QTableWidgetItem* const cell = m_table->item(row, column);
-        if (cell == nullptr)
-            m_table->setItem(row, column, new QTableWidgetItem(text));
-        else if (cell->text() != text)
+        if (cell != nullptr && cell->text() == text)
+            continue;
+        if (cell != nullptr)
             cell->setText(text);
+        else
+            m_table->setItem(row, column, new QTableWidgetItem(text));
+        WidenColumn(row, column);
     }
+}
+
+/// A number must be seen whole: 12.5 is not 312.5. Names may be long, their column keeps its width.
+void DFDetailedResults::WidenColumn(int row, int column)
+{
+    constexpr int gridLine = 1;
+    const int needed = m_table->sizeHintForIndex(m_table->model()->index(row, column)).width() + gridLine;
+    if (column != NameColumn && needed > m_table->columnWidth(column))
+        m_table->setColumnWidth(column, needed);
 }
 
 } // namespace VelmarGui

@@ -67,6 +67,7 @@ private:
     [[nodiscard]] Common ReadCommon() const;
     [[nodiscard]] RowTexts TextsOf(const values::SelectionItem& station, const Common& common) const;
     void WriteRow(int row, const RowTexts& texts);
+    void WidenColumn(int row, int column);
 
     QString m_resultPrefix;
     values::ValuePtr<values::ValueSelection> m_selectedDf;
