@@ -44,6 +44,12 @@ std::optional<double> number(const QString& text)
     return ok ? std::optional(result) : std::nullopt;
 }
 
+/// The number of @p item as it was measured; of a driver that gives its items no numbers, what the text says.
+std::optional<double> numberOf(const values::SelectionItem& item)
+{
+    return item.GetValue() != 0.0 ? std::optional(item.GetValue()) : number(item.GetName());
+}
+
 /// The values of one result.
 class ResultValues
 {
@@ -72,6 +78,15 @@ public:
         return selection ? selection->GetItemNameForKey(key) : QString();
     }
 
+    /// Number of a station's item in one of the parallel selections; nothing when the station has none there.
+    [[nodiscard]] std::optional<double> number(const char* selectionName, int key) const
+    {
+        const auto* const selection = find<values::ValueSelection>(selectionName);
+        const values::SelectionItem* const item =
+            selection ? selection->GetItem(selection->GetItemIndex(key)) : nullptr;
+        return item ? numberOf(*item) : std::nullopt;
+    }
+
     [[nodiscard]] std::optional<double> coordinate(const char* name) const
     {
         const auto* const value = find<values::DoubleValue>(name);
@@ -88,11 +103,11 @@ StationReport readStation(const ResultValues& result, const values::SelectionIte
     StationReport station;
     station.key = item.GetKey();
     station.name = item.GetName();
-    station.azimuth = number(result.text("Azimuth", station.key));
-    station.quality = number(result.text("Quality", station.key));
-    station.level = number(result.text("Level", station.key));
-    station.latitude = number(result.text("DFLatitude", station.key));
-    station.longitude = number(result.text("DFLongitude", station.key));
+    station.azimuth = result.number("Azimuth", station.key);
+    station.quality = result.number("Quality", station.key);
+    station.level = result.number("Level", station.key);
+    station.latitude = result.number("DFLatitude", station.key);
+    station.longitude = result.number("DFLongitude", station.key);
     bool isCode = false;
     const int code = result.text("Errors", station.key).toInt(&isCode);
     if (isCode)

@@ -63,6 +63,7 @@ class TestShotReport : public QObject
     Q_OBJECT
 private slots:
     void widgetsAndValuesAreRead();
+    void numbersAreAsMeasuredWhereTheItemsCarryThem();
     void whatIsMissingIsAbsent();
     void coordinatesThatAreNotInUseAreAbsent();
     void aTextThatIsNoNumberIsAbsent();
@@ -103,6 +104,17 @@ void TestShotReport::widgetsAndValuesAreRead()
     QVERIFY(!shot.stations[1].azimuth);
     QVERIFY(!shot.stations[1].quality);
     QCOMPARE(shot.stations[1].error.value(), -17);
+}
+
+void TestShotReport::numbersAreAsMeasuredWhereTheItemsCarryThem()
+{
+    const FreshTree tree;
+    addSelection(tree, "SelectedDF", {{4, "North Hill"}});
+    tree.add<values::ValueSelection>(root + "Azimuth")->AddItem("0.0", 359.9866, 4);
+    tree.add<values::ValueSelection>(root + "Level")->AddItem("12.3", 12.25, 4);
+    const ShotReport shot = workbench::readShot(nullptr, root);
+    QCOMPARE(shot.stations.at(0).azimuth.value(), 359.9866);
+    QCOMPARE(shot.stations.at(0).level.value(), 12.25);
 }
 
 void TestShotReport::whatIsMissingIsAbsent()
