@@ -24,6 +24,9 @@ public:
         return {componentName, localName};
     }
 
+    /// Ends with the tools object.
+    [[nodiscard]] const QObject* LifeSign() const { return &m_relayOwner; }
+
     QPointer<GuiComponentCommon> common;
     QString componentName;
     bool offline = false;
@@ -118,9 +121,10 @@ values::ValueBase* GuiComponentTools::LinkValue(const QString& localName, const 
         d->common->d->SetLink(d->Key(localName), this, nullptr);
     if (!possible)
         return nullptr;
+    const QPointer<const QObject> alive(d->LifeSign());
     auto link = std::make_unique<ValueLink>(*target, *interfaceValue);
     // Taking the content over tells the interface value's observers, who may do anything.
-    if (link->IsOver() || !d->common)
+    if (alive.isNull() || link->IsOver() || !d->common)
         return nullptr;
     d->common->d->SetLink(d->Key(localName), this, std::move(link));
     d->MakeRelay(interfaceValue, receiver, slot);

@@ -479,6 +479,18 @@ private slots:
         QCOMPARE(target->GetObserverCount(), std::size_t(0));
     }
 
+    void theToolsMayGoWhileTheInterfaceIsLinked()
+    {
+        RecordingObserver observer([this](Observable*, TChangeCode code) {
+            if (code == ChangeItems)
+                tools.reset();
+        });
+        const Observation observation(*local, observer);
+        QVERIFY(link() == nullptr);
+        QVERIFY(tools == nullptr);
+        QCOMPARE(target->GetObserverCount(), std::size_t(0));
+    }
+
     void toolsAndSharedObjectMayGoWhileTheInterfaceFollows()
     {
         link();
