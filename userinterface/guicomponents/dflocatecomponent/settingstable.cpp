@@ -61,8 +61,11 @@ public:
 
     void operator()(values::ValueSelection& value) const
     {
+        // One notification for the whole exchange: nobody sees, or fails on, a list half filled.
+        value.StartTransaction(nullptr);
         value.DeleteItems();
         m_entry.addItems(value);
+        value.EndTransaction(ItemsChanged);
         value.SelectIndex(m_entry.initial);
     }
 
