@@ -8,6 +8,7 @@
 #include "app/recorder.h"
 #include "app/screenshot.h"
 #include "app/session.h"
+#include "app/settingsreport.h"
 #include "app/shotreport.h"
 #include "app/traceview.h"
 #include "drivers/recording.h"
@@ -20,6 +21,7 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QStandardPaths>
 #include <QToolBar>
 
 #include <cstdio>
@@ -66,6 +68,13 @@ QString componentFile(const Options& options)
     const QString built = QDir::cleanPath(prefix + QStringLiteral("lib") + library);
     const QString installed = QDir::cleanPath(prefix + QStringLiteral(DFLOCATE_LIBRARY_FOLDER) + library);
     return QFileInfo::exists(installed) ? installed : built;
+}
+
+QString parameterSetFolder(const Options& options)
+{
+    if (!options.parameterSetFolder.isEmpty())
+        return options.parameterSetFolder;
+    return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + QStringLiteral("/parameter-sets");
 }
 
 template <typename T>
@@ -130,6 +139,7 @@ private:
     void showTraces();
     void onException(const QString& text);
     void startWork();
+    void makeSettings();
     void startJob();
     void endJob();
     void printShot();
@@ -150,8 +160,12 @@ int Run::run()
 {
     showTraces();
     m_window.follow(m_session);
-    if (DfDriver* const driver = m_session.driver(); driver != nullptr && !m_options.recordFile.isEmpty())
-        m_recorder = std::make_unique<Recorder>(*driver, m_options.recordFile);
+    m_window.offerParameterSets(m_session, parameterSetFolder(m_options));
+    if (DfDriver* const driver = m_session.driver()) {
+        connect(driver, &DfDriver::settingsRefused, this, printError);
+        if (!m_options.recordFile.isEmpty())
+            m_recorder = std::make_unique<Recorder>(*driver, m_options.recordFile);
+    }
     connect(static_cast<Application*>(qApp), &Application::exceptionCaught, this, &Run::onException);
     connect(&m_window, &MainWindow::closed, qApp, &QCoreApplication::quit);
 
@@ -200,10 +214,27 @@ void Run::onException(const QString& text)
 void Run::startWork()
 {
     m_session.announceEnabled();
-    if (m_exitCode == Done && (m_options.shots || m_options.cyclicSeconds))
-        startJob();
-    else
-        endJob();
+    makeSettings();
+    // After the driver's answer to the settings, which comes from the event loop too.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (m_exitCode == Done && (m_options.shots || m_options.cyclicSeconds))
+                startJob();
+            else
+                endJob();
+        },
+        Qt::QueuedConnection);
+}
+
+void Run::makeSettings()
+{
+    for (const SettingAssignment& setting : m_options.settings) {
+        if (const auto refusal = applySetting(setting)) {
+            fail(BadOptionsOrFiles, *refusal);
+            m_window.showMessage(*refusal);
+        }
+    }
 }
 
 void Run::startJob()
@@ -228,9 +259,11 @@ void Run::printShot()
         return;
     ++m_shotCount;
     const ShotReport shot = readShot(m_session.toolBar(), handlerRoot() + QStringLiteral("Values/Result/"));
-    if (m_options.json)
-        m_shots += shotJson(m_shotCount, shot);
-    else
+    if (m_options.json) {
+        QJsonObject json = shotJson(m_shotCount, shot);
+        json.insert(QStringLiteral("settings"), settingsJson(m_session.toolBar(), *m_session.driver()));
+        m_shots += json;
+    } else
         print(stdout, shotTable(m_shotCount, shot));
 }
 

@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/parametersetview.h"
 #include "app/screenshot.h"
 #include "app/session.h"
 #include "app/traceview.h"
@@ -67,7 +68,7 @@ MainWindow::MainWindow(QWidget* parent)
     UndoRecordingControlBase::SetUndoStack(&m_undoStack);
     GuiCentral::Instance()->SetMainWidget(this);
     const QFontMetrics font = fontMetrics();
-    resize(150 * font.averageCharWidth(), 42 * font.height());
+    resize(180 * font.averageCharWidth(), 48 * font.height());
 }
 
 MainWindow::~MainWindow()
@@ -91,6 +92,7 @@ void MainWindow::addDocks()
     QDockWidget* const values = addDock("ValueTreeDock", tr("Value tree"), m_valueTreeView);
     m_traceView = new TraceView;
     QDockWidget* const traces = addDock("TraceDock", tr("Traces"), m_traceView);
+    setCorner(Qt::BottomLeftCorner, Qt::LeftDockWidgetArea); // a panel is high
     addDockWidget(Qt::LeftDockWidgetArea, m_panelDock);
     addDockWidget(Qt::RightDockWidgetArea, values);
     addDockWidget(Qt::BottomDockWidgetArea, traces);
@@ -105,9 +107,9 @@ void MainWindow::showEvent(QShowEvent* event)
         return;
     const QFontMetrics font = fontMetrics();
     const auto dock = [this](const char* name) { return findChild<QDockWidget*>(QLatin1String(name)); };
-    resizeDocks({m_panelDock, dock("ValueTreeDock")}, {40 * font.averageCharWidth(), 110 * font.averageCharWidth()},
+    resizeDocks({m_panelDock, dock("ValueTreeDock")}, {50 * font.averageCharWidth(), 130 * font.averageCharWidth()},
                 Qt::Horizontal);
-    resizeDocks({dock("ValueTreeDock"), dock("TraceDock")}, {28 * font.height(), 10 * font.height()}, Qt::Vertical);
+    resizeDocks({dock("ValueTreeDock"), dock("TraceDock")}, {28 * font.height(), 14 * font.height()}, Qt::Vertical);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)
@@ -118,11 +120,13 @@ void MainWindow::closeEvent(QCloseEvent* event)
 
 void MainWindow::addStatusBar()
 {
+    m_inputMode = new QLabel;
+    m_inputMode->setObjectName(QStringLiteral("InputMode"));
     m_driverName = new QLabel(tr("No driver"));
     m_driverName->setObjectName(QStringLiteral("DriverName"));
     m_lastResult = new QLabel(tr("No result yet"));
     m_lastResult->setObjectName(QStringLiteral("LastResult"));
-    for (QLabel* const label : {m_lastResult, m_driverName}) {
+    for (QLabel* const label : {m_lastResult, m_inputMode, m_driverName}) {
         label->setMargin(fontMetrics().averageCharWidth() / 2);
         label->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
         statusBar()->addPermanentWidget(label);
@@ -159,21 +163,24 @@ void MainWindow::addEditMenu()
 void MainWindow::addViewMenu()
 {
     m_viewMenu = menuBar()->addMenu(tr("&View"));
-    const auto addDockEntry = [this](const QString& text, const char* dockName) {
-        QAction* const entry = findChild<QDockWidget*>(QLatin1String(dockName))->toggleViewAction();
-        entry->setText(text); // the dock's title has no mnemonic
-        m_viewMenu->addAction(entry);
-    };
-    addDockEntry(tr("&Settings"), "PanelDock");
-    addDockEntry(tr("&Value tree"), "ValueTreeDock");
-    addDockEntry(tr("&Traces"), "TraceDock");
+    const auto dock = [this](const char* name) { return findChild<QDockWidget*>(QLatin1String(name)); };
+    addDockEntry(dock("PanelDock"), tr("&Settings"));
+    addDockEntry(dock("ValueTreeDock"), tr("&Value tree"));
+    addDockEntry(dock("TraceDock"), tr("&Traces"));
+}
+
+void MainWindow::addDockEntry(QDockWidget* dock, const QString& text)
+{
+    QAction* const entry = dock->toggleViewAction();
+    entry->setText(text); // the dock's title has no mnemonic
+    m_viewMenu->addAction(entry);
 }
 
 void MainWindow::addHelpMenu()
 {
-    QMenu* const menu = menuBar()->addMenu(tr("&Help"));
-    menu->addAction(tr("&Hot keys"), this, &MainWindow::showHotKeys);
-    menu->addAction(tr("&About"), this, &MainWindow::showAbout);
+    m_helpMenu = menuBar()->addMenu(tr("&Help"));
+    m_helpMenu->addAction(tr("&Hot keys"), this, &MainWindow::showHotKeys);
+    m_helpMenu->addAction(tr("&About"), this, &MainWindow::showAbout);
 }
 
 void MainWindow::addFocusKeys()
@@ -226,6 +233,10 @@ void MainWindow::place(QToolBar* toolBar, QWidget* panel)
 {
     addToolBar(Qt::TopToolBarArea, toolBar);
     toolBar->show();
+    if (!m_toolBarObstacle.isEmpty()) {
+        toolBar->setEnabled(false);
+        toolBar->setToolTip(m_toolBarObstacle);
+    }
     QWidget* content = nullptr;
     if (panel == nullptr) {
         content = textPanel(QStringLiteral("NoPanel"), tr("This component has no settings panel."));
@@ -246,12 +257,46 @@ void MainWindow::follow(Session& session)
     addInputModeMenu(session);
     DfDriver* const driver = session.driver();
     if (driver == nullptr) {
+        m_toolBarObstacle = tr("There is no driver to measure with: the workbench was started offline.");
         m_driverName->setText(tr("Offline"));
+        m_driverName->setToolTip(m_toolBarObstacle);
         return;
     }
+    addDeviceMenu(*driver);
     m_driverName->setText(driver->source().name());
     connect(driver, &DfDriver::resultPublished, this, &MainWindow::showResult);
     connect(driver, &DfDriver::measurementFailed, this, &MainWindow::showMessage);
+    connect(driver, &DfDriver::settingsRefused, this, &MainWindow::showMessage);
+}
+
+void MainWindow::addDeviceMenu(DfDriver& driver)
+{
+    auto* const menu = new QMenu(tr("&Device"), this);
+    menuBar()->insertMenu(m_helpMenu->menuAction(), menu);
+    auto* const devices = new QActionGroup(menu);
+    int index = 0;
+    for (const DfDevice& device : driver.source().devices()) {
+        QString name = device.name;
+        name.replace(QLatin1Char('&'), QLatin1String("&&"));
+        QAction* const action = menu->addAction(QStringLiteral("&%1 %2").arg(index + 1).arg(name));
+        action->setCheckable(true);
+        action->setChecked(index == driver.currentDevice());
+        devices->addAction(action);
+        connect(action, &QAction::triggered, &driver, [&driver, index] { driver.selectDevice(index); });
+        ++index;
+    }
+}
+
+void MainWindow::offerParameterSets(Session& session, const QString& folder)
+{
+    auto* const view = new ParameterSetView(session.common(), componentRoot(), QStringLiteral("DF_Settings"),
+                                            session.driver() == nullptr, folder);
+    auto* const dock = new QDockWidget(tr("Parameter sets"), this);
+    dock->setObjectName(QStringLiteral("ParameterSetDock"));
+    dock->setWidget(view);
+    splitDockWidget(findChild<QDockWidget*>(QStringLiteral("TraceDock")), dock, Qt::Horizontal);
+    addDockEntry(dock, tr("&Parameter sets"));
+    connect(view, &ParameterSetView::message, this, &MainWindow::showMessage);
 }
 
 void MainWindow::addInputModeMenu(Session& session)
@@ -266,6 +311,14 @@ void MainWindow::addInputModeMenu(Session& session)
         action->setChecked(control->mode() == mode);
         modes->addAction(action);
         connect(action, &QAction::triggered, control, [control, mode] { control->setMode(mode); });
+        const QString shown = tr("Input: %1").arg(QString(text).remove(QLatin1Char('&')).toLower());
+        if (control->mode() == mode)
+            m_inputMode->setText(shown);
+        connect(control, &UserInputControl::si_setUserInputMode, this,
+                [this, mode, shown](Service::eUserInputMode now) {
+                    if (now == mode)
+                        m_inputMode->setText(shown);
+                });
     };
     addMode(tr("&Full"), Service::FullInput);
     addMode(tr("&Restricted"), Service::RestrictedInput);

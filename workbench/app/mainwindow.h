@@ -11,6 +11,7 @@ class QMenu;
 
 namespace workbench {
 
+class DfDriver;
 class Session;
 class TraceView;
 class ValueTreeView;
@@ -27,8 +28,12 @@ public:
     /// Puts the component's widgets in; they become children of the window. @p panel null: a text says that there is
     /// none.
     void place(QToolBar* toolBar, QWidget* panel);
-    /// Follows the driver of @p session and offers its services in the menus. The session may end before the window.
+    /// Follows the driver of @p session and offers its services in the menus. To be called once, before place(). The
+    /// session may end before the window.
     void follow(Session& session);
+    /// Adds a dock with the parameter set of the component of @p session and the named sets in @p folder. The session
+    /// may end before the window.
+    void offerParameterSets(Session& session, const QString& folder);
     /// Shows in place of the component why there is none; @p reason is a full sentence.
     void showComponentFailure(const QString& reason);
 
@@ -55,6 +60,8 @@ private:
     void addViewMenu();
     void addHelpMenu();
     void addInputModeMenu(Session& session);
+    void addDeviceMenu(DfDriver& driver);
+    void addDockEntry(QDockWidget* dock, const QString& text);
     void addFocusKeys();
     void focusNextArea(bool forward);
     void saveScreenshotAs();
@@ -68,8 +75,11 @@ private:
     TraceView* m_traceView = nullptr;
     ValueTreeView* m_valueTreeView = nullptr;
     QLabel* m_driverName = nullptr;
+    QLabel* m_inputMode = nullptr;
     QLabel* m_lastResult = nullptr;
     QMenu* m_viewMenu = nullptr;
+    QMenu* m_helpMenu = nullptr;
+    QString m_toolBarObstacle; // why nothing can be done in the toolbar; empty: it can
     int m_resultCount = 0;
     bool m_docksAreSized = false;
 };

@@ -28,6 +28,8 @@ const QString traceName = QStringLiteral("trace");
 const QString screenshotName = QStringLiteral("screenshot");
 const QString jsonName = QStringLiteral("json");
 const QString recordName = QStringLiteral("record");
+const QString setName = QStringLiteral("set");
+const QString parameterSetsName = QStringLiteral("parameter-sets");
 const QString frequencyName = QStringLiteral("frequency");
 const QString levelName = QStringLiteral("level");
 const QString qualityName = QStringLiteral("quality");
@@ -56,6 +58,14 @@ void addOptions(QCommandLineParser& parser)
         "FILE.png");
     add(jsonName, "With --headless: print the results as one JSON document.");
     add(recordName, "Record the results in FILE.", "FILE");
+    parser.addOption(
+        {setName,
+         tr("Make a setting before anything is measured, as an operator would; may be given several times. "
+            "NAME is one of %1. VALUE is a number (Hz, ms, dBµV, percent) or the text of a choice.")
+             .arg(settingNames().join(QStringLiteral(", "))),
+         QStringLiteral("NAME=VALUE")});
+    add(parameterSetsName, "Keep parameter sets in the folder DIR (default: the folder for the program's data).",
+        "DIR");
     add(frequencyName, "Frequency in Hz to assume for a recording.", "HZ");
     add(levelName, "Level in dBµV to assume where the recording has none.", "DBUV");
     add(qualityName, "Quality in percent to assume where the recording has none.", "PERCENT");
@@ -83,6 +93,20 @@ public:
         if (value.isEmpty())
             refuse(name, tr("the name of a file"));
         return value;
+    }
+
+    std::vector<SettingAssignment> settings(const QString& name)
+    {
+        std::vector<SettingAssignment> settings;
+        for (const QString& text : m_parser.values(name)) {
+            const int end = text.indexOf(QLatin1Char('='));
+            if (end >= 0 && settingNames().contains(text.left(end)))
+                settings.push_back({text.left(end), text.mid(end + 1)});
+            else
+                refuse(name, text,
+                       tr("NAME=VALUE with one of the names %1").arg(settingNames().join(QStringLiteral(", "))));
+        }
+        return settings;
     }
 
     /// @p convert: text to std::optional of the wanted type, empty for a bad text.
@@ -122,9 +146,11 @@ public:
     QStringList errors;
 
 private:
-    void refuse(const QString& name, const QString& expected)
+    void refuse(const QString& name, const QString& expected) { refuse(name, m_parser.value(name), expected); }
+
+    void refuse(const QString& name, const QString& given, const QString& expected)
     {
-        errors += tr("Option --%1: \"%2\" was given, but %3 was expected.").arg(name, m_parser.value(name), expected);
+        errors += tr("Option --%1: \"%2\" was given, but %3 was expected.").arg(name, given, expected);
     }
 
     const QCommandLineParser& m_parser;
@@ -194,6 +220,8 @@ Options readOptions(Reader& reader)
     options.componentFile = reader.file(componentName);
     options.screenshotFile = reader.pngFile(screenshotName);
     options.recordFile = reader.file(recordName);
+    options.parameterSetFolder = reader.file(parameterSetsName);
+    options.settings = reader.settings(setName);
     options.recordedDefaults.frequency = reader.value(frequencyName, tr("a frequency in Hz above 0"), toNumberAbove0);
     options.recordedDefaults.level = reader.value(levelName, tr("a level in dBµV"), toNumber);
     options.recordedDefaults.quality = reader.value(qualityName, tr("a number of percent from 0 to 100"), toPercent);

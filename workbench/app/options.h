@@ -1,11 +1,13 @@
 #pragma once
 
+#include "app/operatorsettings.h"
 #include "drivers/recording.h"
 
 #include <QString>
 #include <QStringList>
 
 #include <optional>
+#include <vector>
 
 namespace workbench {
 
@@ -21,11 +23,14 @@ struct Options
     std::optional<double> cyclicSeconds; ///< time of cyclic measuring in s, above 0, one day at most
     quint64 seed = 1;                    ///< of the simulation
 
-    QString scenarioFile;   ///< empty: the scenario that comes with the program
-    QString recordingFile;  ///< empty: the network is simulated
-    QString componentFile;  ///< empty: the component that comes with the program
-    QString screenshotFile; ///< empty: none
-    QString recordFile;     ///< empty: results are not recorded
+    QString scenarioFile;       ///< empty: the scenario that comes with the program
+    QString recordingFile;      ///< empty: the network is simulated
+    QString componentFile;      ///< empty: the component that comes with the program
+    QString screenshotFile;     ///< empty: none
+    QString recordFile;         ///< empty: results are not recorded
+    QString parameterSetFolder; ///< empty: the folder for the program's data
+
+    std::vector<SettingAssignment> settings; ///< to be made before anything is measured, in this order
 
     RecordedDefaults recordedDefaults; ///< what to assume where the recording says nothing
 };

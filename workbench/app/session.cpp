@@ -9,6 +9,9 @@
 #include "valueframework/tree.h"
 #include "valueframework/valueclasses/value.h"
 
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QToolBar>
 
 namespace workbench {
@@ -16,6 +19,16 @@ namespace workbench {
 namespace {
 
 const QString componentName = QStringLiteral("DFLocateComponent");
+
+/// Where the form descriptions are, installed or in the build folder.
+QString formFolder()
+{
+    const QString prefix = QCoreApplication::applicationDirPath() + QStringLiteral("/../");
+    const QString forms = QStringLiteral("/dflocate/forms");
+    const QString installed = QDir::cleanPath(prefix + QStringLiteral(DFLOCATE_DATA_FOLDER) + forms);
+    const QString built = QDir::cleanPath(prefix + QStringLiteral("share") + forms);
+    return QFileInfo::exists(installed) ? installed : built;
+}
 
 } // namespace
 
@@ -39,6 +52,7 @@ Session::Session(std::unique_ptr<DfSource> source, QObject* parent)
     , m_userInputControl(std::make_shared<UserInputControl>())
     , m_common(std::make_unique<VelmarGui::GuiComponentCommon>())
 {
+    m_common->SetFormFolder(formFolder());
     if (source)
         m_driver = std::make_unique<DfDriver>(std::move(source), handlerRoot(), parameterRoot());
 }

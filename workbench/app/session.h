@@ -54,6 +54,7 @@ public:
     /// Null without a component.
     [[nodiscard]] QToolBar* toolBar() const;
     [[nodiscard]] UserInputControl& userInputControl() const { return *m_userInputControl; }
+    [[nodiscard]] VelmarGui::GuiComponentCommon& common() const { return *m_common; }
 
     /// Says "disabled", then "enabled": components set up their hot keys at this change only. Without a driver,
     /// nothing.
