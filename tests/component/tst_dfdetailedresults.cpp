@@ -296,8 +296,8 @@ private slots:
 
     // Looks
     void theNameColumnIsEightyPixelsWide();
-    void everyNumberIsSeenWhole_data();
-    void everyNumberIsSeenWhole();
+    void everyTextIsSeenWhole_data();
+    void everyTextIsSeenWhole();
     void aLongerTextWidensItsColumn();
 
     // Copying
@@ -1075,14 +1075,14 @@ void TestDFDetailedResults::theNameColumnIsEightyPixelsWide()
     QCOMPARE(window.m_pTable->columnWidth(Name), 80);
 }
 
-void TestDFDetailedResults::everyNumberIsSeenWhole_data()
+void TestDFDetailedResults::everyTextIsSeenWhole_data()
 {
     QTest::addColumn<bool>("large");
     QTest::newRow("usual font") << false;
     QTest::newRow("large font") << true;
 }
 
-void TestDFDetailedResults::everyNumberIsSeenWhole()
+void TestDFDetailedResults::everyTextIsSeenWhole()
 {
     QFETCH(bool, large);
     const std::unique_ptr<LargeFont> font = large ? std::make_unique<LargeFont>() : nullptr;
@@ -1099,6 +1099,8 @@ void TestDFDetailedResults::everyNumberIsSeenWhole()
             QVERIFY2(table->columnWidth(column) > needed.width(), qPrintable(window.cell(row, column)));
         }
     }
+    for (int column = Frequency; column <= Error; ++column)
+        QVERIFY(table->columnWidth(column) >= table->horizontalHeader()->sectionSizeHint(column));
     for (const QLabel* label : window.findChildren<QLabel*>())
         QVERIFY2(label->width() >= label->sizeHint().width(), qPrintable(label->text()));
 }
