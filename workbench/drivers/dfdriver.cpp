@@ -2,7 +2,8 @@
 
 #include "drivers/configtable.h"
 #include "drivers/dfsource.h"
-#include "drivers/geodesy.h"
+#include "drivers/providedvalues.h"
+#include "drivers/resultvalues.h"
 #include "drivers/settingstext.h"
 #include "drivers/statustext.h"
 
@@ -13,8 +14,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <cmath>
-#include <list>
 
 namespace workbench {
 
@@ -28,7 +27,6 @@ using values::ValueSelection;
 
 constexpr QLatin1String globalRoot("/GLOBAL/");
 constexpr QLatin1String hriStatusPath("/DRV/DRIVER/DFLOCATE/LocateHRIStatus");
-constexpr QLatin1String translationNamespace("DFLocateHandler");
 
 /// At most one result a frame is written: more nobody can see.
 constexpr int frameMs = 16;
@@ -99,65 +97,6 @@ void setUpNumber(NumericValue* value, const ConfigEntry& entry)
     value->SetState(entry.state, nullptr);
 }
 
-QString fixed(double number, int decimals)
-{
-    return QString::number(number, 'f', decimals);
-}
-
-QString wholeText(double number)
-{
-    return fixed(number, 0);
-}
-
-QString levelText(double level)
-{
-    return fixed(level, 1);
-}
-
-QString positionText(double degrees)
-{
-    return fixed(degrees, 6);
-}
-
-QString azimuthText(double azimuth)
-{
-    constexpr double stepsPerDegree = 10.0;
-    // Rounded first: what is nearly 360 is shown as 0.
-    return fixed(geodesy::normalizedAzimuth(std::round(azimuth * stepsPerDegree) / stepsPerDegree), 1);
-}
-
-std::optional<double> azimuthOf(const StationResult& station)
-{
-    return station.azimuth;
-}
-
-std::optional<double> qualityOf(const StationResult& station)
-{
-    return station.quality;
-}
-
-std::optional<double> levelOf(const StationResult& station)
-{
-    return station.level;
-}
-
-std::optional<double> latitudeOf(const StationResult& station)
-{
-    return station.position ? std::optional(station.position->latitude) : std::nullopt;
-}
-
-std::optional<double> longitudeOf(const StationResult& station)
-{
-    return station.position ? std::optional(station.position->longitude) : std::nullopt;
-}
-
-QString resultTimeText(const DfResult& result)
-{
-    if (!result.date.isValid() || !result.time.isValid())
-        return {};
-    return result.date.toString(QStringLiteral("yyyy-MM-dd")) + result.time.toString(QStringLiteral(" hh:mm:ss"));
-}
-
 } // namespace
 
 class DfDriver::Private final : public IObserver
@@ -179,17 +118,12 @@ public:
 
 private:
     using SelectionPtr = values::ValuePtr<ValueSelection>;
-    using NumberOf = std::optional<double> (*)(const StationResult&);
-    using TextOf = QString (*)(double);
 
     // Every write below may be answered by an observer that deletes this driver: whoever does something after a write
     // looks at this first.
     using Alive = QPointer<DfDriver>;
 
-    template <typename T>
-    T* provide(const QString& path);
     void provideConfig(const QString& handlerRoot);
-    void provideResults(const QString& resultRoot);
     void provideGlobals();
     void provideDeviceLists();
 
@@ -214,27 +148,9 @@ private:
     void publishPending();
     void publish(DfResult result);
 
-    void writeFrequency(const DfResult& result);
-    void writeQualityThreshold(const DfResult& result);
-    void writeAverageLongitude(const DfResult& result);
-    void writeAverageLatitude(const DfResult& result);
-    void writeLatitudes(const DfResult& result);
-    void writeLongitudes(const DfResult& result);
-    void writeLevels(const DfResult& result);
-    void writeStations(const DfResult& result);
-    void writeAzimuths(const DfResult& result);
-    void writeErrors(const DfResult& result);
-    void writeQualities(const DfResult& result);
-    void writeResultTime(const DfResult& result);
-    void announceErrors(const DfResult& result);
-    void writeNumbers(const SelectionPtr& selection, const DfResult& result, NumberOf numberOf, TextOf textOf,
-                      std::vector<TChangeCode> codes);
-
-    void followSelectedStation();
     void writeStatus();
     void writeRunning();
     void writeCyclicStarted();
-    [[nodiscard]] int selectedStation() const;
 
     DfDriver* m_driver;
     std::unique_ptr<DfSource> m_source;
@@ -253,7 +169,8 @@ private:
     bool m_textIsDue = false;
     bool m_answerIsDue = false;
 
-    std::list<values::ValuePtr<values::ValueBase>> m_created;
+    ProvidedValues m_provided;
+    std::unique_ptr<ResultValues> m_results;
     values::ValueObservingPtr<ValueSelection> m_commands{this};
     values::ValuePtr<DoubleValue> m_frequency;
     values::ValueObservingPtr<DoubleValue> m_frequencyOffset{this};
@@ -272,18 +189,6 @@ private:
     values::ValuePtr<BoolValue> m_cyclicStarted;
     values::ValuePtr<StringValue> m_status;
     values::ValuePtr<StringValue> m_hriStatus;
-    values::ValuePtr<StringValue> m_resultFrequency;
-    values::ValuePtr<StringValue> m_resultTime;
-    values::ValuePtr<IntValue> m_qualityThreshold;
-    values::ValuePtr<DoubleValue> m_averageLongitude;
-    values::ValuePtr<DoubleValue> m_averageLatitude;
-    values::ValueObservingPtr<ValueSelection> m_selectedDf{this};
-    SelectionPtr m_azimuth;
-    SelectionPtr m_quality;
-    SelectionPtr m_level;
-    SelectionPtr m_errors;
-    SelectionPtr m_latitude;
-    SelectionPtr m_longitude;
 };
 
 DfDriver::Private::Private(DfDriver* driver, std::unique_ptr<DfSource> source, const QString& handlerRoot,
@@ -300,24 +205,26 @@ DfDriver::Private::Private(DfDriver* driver, std::unique_ptr<DfSource> source, c
     QObject::connect(m_source.get(), &DfSource::failed, m_driver, [this](const QString& reason) { onFailed(reason); });
 
     provideConfig(handlerRoot);
-    provideResults(handlerRoot + QLatin1String("Values/Result/"));
+    m_results =
+        std::make_unique<ResultValues>(m_provided, handlerRoot + QLatin1String("Values/Result/"), m_source->stations());
     for (const char* name : {"Enabled", "Values/DFLocateAllowed"}) {
-        if (auto* value = provide<BoolValue>(handlerRoot + QLatin1String(name)))
+        if (auto* value = m_provided.provide<BoolValue>(handlerRoot + QLatin1String(name)))
             value->SetValue(true, nullptr);
     }
-    auto* commands = provide<ValueSelection>(handlerRoot + QLatin1String("Values/Commands"));
+    auto* commands = m_provided.provide<ValueSelection>(handlerRoot + QLatin1String("Values/Commands"));
     setUpList(commands, listOf(commandItems), commandNone);
-    m_running.Assign(provide<BoolValue>(handlerRoot + QLatin1String("DFRunning")));
-    m_cyclicStarted.Assign(provide<BoolValue>(handlerRoot + QLatin1String("Values/Result/CyclicLocateStarted")));
-    if (auto* hriRunning = provide<BoolValue>(handlerRoot + QLatin1String("Values/Status/LocateHRIRunning")))
+    m_running.Assign(m_provided.provide<BoolValue>(handlerRoot + QLatin1String("DFRunning")));
+    m_cyclicStarted.Assign(
+        m_provided.provide<BoolValue>(handlerRoot + QLatin1String("Values/Result/CyclicLocateStarted")));
+    if (auto* hriRunning = m_provided.provide<BoolValue>(handlerRoot + QLatin1String("Values/Status/LocateHRIRunning")))
         hriRunning->SetValue(false, nullptr);
     writeRunning();
     writeCyclicStarted();
-    m_status.Assign(provide<StringValue>(handlerRoot + QLatin1String("Values/Status/LocateStatus")));
-    m_hriStatus.Assign(provide<StringValue>(hriStatusPath));
+    m_status.Assign(m_provided.provide<StringValue>(handlerRoot + QLatin1String("Values/Status/LocateStatus")));
+    m_hriStatus.Assign(m_provided.provide<StringValue>(hriStatusPath));
     writeStatus();
-    m_settingsText.Assign(provide<StringValue>(parameterRoot + QLatin1String("DF_Settings")));
-    m_toDriver.Assign(provide<StringValue>(parameterRoot + QLatin1String("DFLOCATE/ToDriver")));
+    m_settingsText.Assign(m_provided.provide<StringValue>(parameterRoot + QLatin1String("DF_Settings")));
+    m_toDriver.Assign(m_provided.provide<StringValue>(parameterRoot + QLatin1String("DFLOCATE/ToDriver")));
     m_commands.Assign(commands);
     provideGlobals();
 }
@@ -326,28 +233,13 @@ DfDriver::Private::~Private()
 {
     m_commands.Assign(nullptr);
     m_toDriver.Assign(nullptr);
-    m_selectedDf.Assign(nullptr);
+    m_results.reset();
     m_source->disconnect(m_driver);
     m_frame.stop();
     m_source->cancel();
     if (m_deviceReady)
         m_deviceReady->SetValue(false, this);
-    while (!m_created.empty()) {
-        m_created.back().Release();
-        m_created.pop_back();
-    }
-}
-
-/// The value at @p path, made when there is none. Null when a value of another kind is there; the driver goes without.
-template <typename T>
-T* DfDriver::Private::provide(const QString& path)
-{
-    if (values::ValueBase* const there = values::Tree::Instance()->FindValue(path))
-        return dynamic_cast<T*>(there);
-    T* const value = values::CreateOrLink<T>(path);
-    value->SetTranslationNamespace(translationNamespace);
-    m_created.emplace_back().Assign(value);
-    return value;
+    m_provided.release();
 }
 
 void DfDriver::Private::provideConfig(const QString& handlerRoot)
@@ -356,17 +248,17 @@ void DfDriver::Private::provideConfig(const QString& handlerRoot)
         const QString path = handlerRoot + QLatin1String(entry.path);
         switch (entry.type) {
         case values::TypeBool:
-            if (auto* value = provide<BoolValue>(path))
+            if (auto* value = m_provided.provide<BoolValue>(path))
                 value->SetValue(entry.initial != 0.0, nullptr);
             break;
         case values::TypeInt:
-            setUpNumber<int>(provide<IntValue>(path), entry);
+            setUpNumber<int>(m_provided.provide<IntValue>(path), entry);
             break;
         case values::TypeDouble:
-            setUpNumber<double>(provide<DoubleValue>(path), entry);
+            setUpNumber<double>(m_provided.provide<DoubleValue>(path), entry);
             break;
         case values::TypeSelection:
-            setUpList(provide<ValueSelection>(path), entry.list, static_cast<int>(entry.initial));
+            setUpList(m_provided.provide<ValueSelection>(path), entry.list, static_cast<int>(entry.initial));
             break;
         case values::TypeString:
             break;
@@ -390,62 +282,19 @@ void DfDriver::Private::provideConfig(const QString& handlerRoot)
     m_settings = device().corrected(wanted);
 }
 
-void DfDriver::Private::provideResults(const QString& resultRoot)
-{
-    const auto selection = [&](const char* name) {
-        auto* value = provide<ValueSelection>(resultRoot + QLatin1String(name));
-        if (value != nullptr)
-            value->DeleteItems();
-        return value;
-    };
-    const auto text = [&](const char* name) {
-        auto* value = provide<StringValue>(resultRoot + QLatin1String(name));
-        if (value != nullptr)
-            value->SetValue(QString(), nullptr);
-        return value;
-    };
-    const auto averagePosition = [&](const char* name) {
-        auto* value = provide<DoubleValue>(resultRoot + QLatin1String(name));
-        if (value != nullptr)
-            value->SetState(values::StateUnused, nullptr);
-        return value;
-    };
-    m_resultFrequency.Assign(text("Frequency"));
-    m_qualityThreshold.Assign(provide<IntValue>(resultRoot + QLatin1String("QualityThreshold")));
-    m_averageLongitude.Assign(averagePosition("AveragePositionLongitude"));
-    m_averageLatitude.Assign(averagePosition("AveragePositionLatitude"));
-    m_latitude.Assign(selection("DFLatitude"));
-    m_longitude.Assign(selection("DFLongitude"));
-    m_level.Assign(selection("Level"));
-    m_azimuth.Assign(selection("Azimuth"));
-    m_errors.Assign(selection("Errors"));
-    m_quality.Assign(selection("Quality"));
-    m_resultTime.Assign(text("ResultTime"));
-    // A missing quality counts as 0 and would pass a threshold of 0: before the first result there is nothing to show.
-    if (m_qualityThreshold)
-        m_qualityThreshold->SetValue(1, nullptr);
-    auto* selectedDf = selection("SelectedDF");
-    if (selectedDf != nullptr) {
-        for (const StationInfo& station : m_source->stations())
-            selectedDf->AddItem(station.name, 0.0, station.id);
-        selectedDf->SelectIndex(0);
-    }
-    m_selectedDf.Assign(selectedDf);
-}
-
 void DfDriver::Private::provideGlobals()
 {
-    m_frequency.Assign(provide<DoubleValue>(globalRoot + QLatin1String("Frequency")));
+    m_frequency.Assign(m_provided.provide<DoubleValue>(globalRoot + QLatin1String("Frequency")));
     if (m_frequency) {
         m_frequency->SetMin(0.0, nullptr);
         m_frequency->SetValue(m_source->initialFrequency().value_or(0.0), nullptr);
     }
-    m_deviceBandwidth.Assign(provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfBandwidth")));
-    m_deviceAveraging.Assign(provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfAveraging")));
-    m_deviceMode.Assign(provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfMode")));
+    m_deviceBandwidth.Assign(m_provided.provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfBandwidth")));
+    m_deviceAveraging.Assign(m_provided.provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfAveraging")));
+    m_deviceMode.Assign(m_provided.provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfMode")));
     provideDeviceLists();
     // Last: whoever is told that the device is ready reads its lists.
-    m_deviceReady.Assign(provide<BoolValue>(globalRoot + QLatin1String("DfDeviceReady")));
+    m_deviceReady.Assign(m_provided.provide<BoolValue>(globalRoot + QLatin1String("DfDeviceReady")));
     if (m_deviceReady)
         m_deviceReady->SetValue(true, this);
 }
@@ -492,8 +341,6 @@ void DfDriver::Private::Update(Observable* changed, TChangeCode code)
     }
     if (code == ChangeContent && changed == m_commands.get())
         obey(m_commands->GetCurrentKey());
-    else if (code == ChangeContent && changed == m_selectedDf.get())
-        followSelectedStation();
     else
         takeWord(changed, code);
 }
@@ -700,24 +547,12 @@ void DfDriver::Private::publishPending()
 
 void DfDriver::Private::publish(DfResult result)
 {
-    // Readers hang on this order: each finds what it needs already there when it is told, the display of errors, which
-    // stands above that of times, last.
-    static constexpr void (Private::*steps[])(const DfResult&) = {
-        &Private::writeFrequency,       &Private::writeQualityThreshold, &Private::writeAverageLongitude,
-        &Private::writeAverageLatitude, &Private::writeLatitudes,        &Private::writeLongitudes,
-        &Private::writeLevels,          &Private::writeStations,         &Private::writeAzimuths,
-        &Private::writeErrors,          &Private::writeQualities,        &Private::writeResultTime,
-        &Private::announceErrors,
-    };
     const Alive alive(m_driver);
     m_isMeasuring = false;
     m_isPublishing = true;
     m_publishedRequest = m_request;
-    for (const auto step : steps) {
-        (this->*step)(result);
-        if (!alive)
-            return;
-    }
+    if (!m_results->write(result, m_settings.qualityThreshold.value_or(0)))
+        return;
     m_isPublishing = false;
     m_frame.start(frameMs);
     writeStatus();
@@ -728,137 +563,6 @@ void DfDriver::Private::publish(DfResult result)
     writeRunning();
     if (alive)
         emit m_driver->resultPublished(result);
-}
-
-void DfDriver::Private::writeFrequency(const DfResult& result)
-{
-    if (m_resultFrequency)
-        m_resultFrequency->SetValue(result.frequency ? wholeText(*result.frequency) : QString(), this);
-}
-
-void DfDriver::Private::writeQualityThreshold(const DfResult& /*result*/)
-{
-    if (m_qualityThreshold)
-        m_qualityThreshold->SetValue(m_settings.qualityThreshold.value_or(0), this);
-}
-
-// No network locates yet, so no result has a fix.
-void DfDriver::Private::writeAverageLongitude(const DfResult& /*result*/)
-{
-    if (m_averageLongitude)
-        m_averageLongitude->SetState(values::StateUnused, this);
-}
-
-void DfDriver::Private::writeAverageLatitude(const DfResult& /*result*/)
-{
-    if (m_averageLatitude)
-        m_averageLatitude->SetState(values::StateUnused, this);
-}
-
-void DfDriver::Private::writeLatitudes(const DfResult& result)
-{
-    writeNumbers(m_latitude, result, latitudeOf, positionText, {ChangeItems});
-}
-
-void DfDriver::Private::writeLongitudes(const DfResult& result)
-{
-    writeNumbers(m_longitude, result, longitudeOf, positionText, {ChangeItems});
-}
-
-void DfDriver::Private::writeLevels(const DfResult& result)
-{
-    writeNumbers(m_level, result, levelOf, levelText, {ChangeItems});
-}
-
-void DfDriver::Private::writeStations(const DfResult& result)
-{
-    if (!m_selectedDf)
-        return;
-    const int key = selectedStation();
-    const bool keepsKey = std::any_of(result.stations.begin(), result.stations.end(),
-                                      [key](const StationResult& station) { return station.stationId == key; });
-    std::vector<TChangeCode> codes{ChangeItems};
-    if (!keepsKey)
-        codes.push_back(ChangeContent);
-    const values::ValueTransaction transaction = m_selectedDf->CreateTransaction(std::move(codes), this);
-    m_selectedDf->DeleteItems(this);
-    for (const StationResult& station : result.stations)
-        m_selectedDf->AddItem(station.stationName, 0.0, station.stationId, this);
-    if (keepsKey)
-        m_selectedDf->Select(key, this);
-    else
-        m_selectedDf->SelectIndex(0, this);
-}
-
-void DfDriver::Private::writeAzimuths(const DfResult& result)
-{
-    writeNumbers(m_azimuth, result, azimuthOf, azimuthText, {ChangeItems});
-}
-
-void DfDriver::Private::writeErrors(const DfResult& result)
-{
-    if (!m_errors)
-        return;
-    const values::ValueTransaction transaction = m_errors->CreateTransaction({ChangeItems}, this);
-    m_errors->DeleteItems(this);
-    for (const StationResult& station : result.stations) {
-        const int code = static_cast<int>(station.error);
-        m_errors->AddItem(code == 0 ? QString() : QString::number(code), code, station.stationId, this);
-    }
-    m_errors->Select(selectedStation(), this);
-}
-
-void DfDriver::Private::writeQualities(const DfResult& result)
-{
-    writeNumbers(m_quality, result, qualityOf, wholeText, {ChangeItems, ChangeContent});
-}
-
-/// Announces every result once, also when two of them come within a second and when no time is known.
-void DfDriver::Private::writeResultTime(const DfResult& result)
-{
-    if (!m_resultTime)
-        return;
-    const values::ValueTransaction transaction = m_resultTime->CreateTransaction({ChangeContent, ChangeExternal}, this);
-    m_resultTime->SetValue(resultTimeText(result), this);
-}
-
-void DfDriver::Private::announceErrors(const DfResult& /*result*/)
-{
-    if (m_errors)
-        m_errors->HasChanged(ChangeContent, this);
-}
-
-/// Gives @p selection one item for each station that has such a number (the item carries it unrounded), and the
-/// selected station's as the current one.
-void DfDriver::Private::writeNumbers(const SelectionPtr& selection, const DfResult& result, NumberOf numberOf,
-                                     TextOf textOf, std::vector<TChangeCode> codes)
-{
-    if (!selection)
-        return;
-    const values::ValueTransaction transaction = selection->CreateTransaction(std::move(codes), this);
-    selection->DeleteItems(this);
-    for (const StationResult& station : result.stations) {
-        if (const std::optional<double> number = numberOf(station))
-            selection->AddItem(textOf(*number), *number, station.stationId, this);
-    }
-    selection->Select(selectedStation(), this);
-}
-
-/// Where the newly selected station has no item, no other station's may stay current: it would be taken for its own.
-void DfDriver::Private::followSelectedStation()
-{
-    const Alive alive(m_driver);
-    const int key = selectedStation();
-    for (const SelectionPtr* selection : {&m_azimuth, &m_quality, &m_level, &m_errors, &m_latitude, &m_longitude}) {
-        if (!*selection || (*selection)->GetCurrentKey() == ValueSelection::NoKey ||
-            (*selection)->GetItemIndex(key) >= 0)
-            continue;
-        ValueSelection withoutCurrent;
-        withoutCurrent.AddItemsFrom(*selection->get());
-        (*selection)->Assign(withoutCurrent, this);
-        if (!alive)
-            return;
-    }
 }
 
 void DfDriver::Private::writeStatus()
@@ -882,11 +586,6 @@ void DfDriver::Private::writeCyclicStarted()
 {
     if (m_cyclicStarted && m_cyclicStarted->GetValue() != m_isCyclic)
         m_cyclicStarted->SetValue(m_isCyclic, this);
-}
-
-int DfDriver::Private::selectedStation() const
-{
-    return m_selectedDf ? m_selectedDf->GetCurrentKey() : static_cast<int>(ValueSelection::NoKey);
 }
 
 DfDriver::DfDriver(std::unique_ptr<DfSource> source, const QString& handlerRoot, const QString& parameterRoot,
