@@ -1,5 +1,7 @@
 #pragma once
 
+#include "locate/geoposition.h"
+
 #include <QDateTime>
 #include <QMetaType>
 #include <QString>
@@ -8,13 +10,6 @@
 #include <vector>
 
 namespace workbench {
-
-/// WGS84, degrees, north and east positive.
-struct GeoPosition
-{
-    double latitude = 0.0;
-    double longitude = 0.0;
-};
 
 /// Hz, both ends belong to it.
 struct FrequencyRange

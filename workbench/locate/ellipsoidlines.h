@@ -1,6 +1,6 @@
 #pragma once
 
-#include "drivers/dfresult.h"
+#include "locate/geoposition.h"
 #include "locate/normalequations.h"
 
 #include <vector>

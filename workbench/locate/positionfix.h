@@ -1,7 +1,7 @@
 #pragma once
 
-#include "drivers/dfresult.h"
 #include "locate/errorellipse.h"
+#include "locate/geoposition.h"
 
 #include <QString>
 
