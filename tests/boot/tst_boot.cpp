@@ -14,11 +14,14 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QScreen>
+#include <QTableWidget>
 #include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
 
+#include <cmath>
 #include <cstdio>
 
 using testsupport::RecordingObserver;
@@ -147,6 +150,27 @@ private slots:
         QVERIFY(QTest::qWaitForWindowActive(m_window));
     }
 
+    void theDetailedResultsShowEveryStationsValues()
+    {
+        click(m_toolBar->findChild<QToolButton*>("DetailedResults"));
+        QWidget* window = nullptr;
+        QTRY_VERIFY((window = topLevel("DetailedResults")) != nullptr);
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        compareWithValues(*window);
+        keepScreenshot("4-detailed-results");
+
+        // The next result is shown at once, and the hot key works from this window too.
+        auto* time = handlerValue<values::StringValue>("Values/Result/ResultTime");
+        RecordingObserver results;
+        time->AddObserver(&results);
+        press("ctrl+d");
+        QTRY_COMPARE(results.count(ChangeContent), 1);
+        time->RemoveObserver(&results);
+        compareWithValues(*window);
+        window->close();
+        QVERIFY(QTest::qWaitForWindowActive(m_window));
+    }
+
     void aQualityThresholdTypedIntoTheToolbarReachesTheNextResult()
     {
         auto* spin = m_toolBar->findChild<QAbstractSpinBox*>("Quality threshold");
@@ -162,7 +186,7 @@ private slots:
         QTRY_COMPARE(handlerValue<values::IntValue>("Values/Result/QualityThreshold")->GetValue(), 100);
         QTRY_COMPARE(label("average bearing"), QString("---"));
         QCOMPARE(label("average quality"), QString("---"));
-        keepScreenshot("4-below-threshold");
+        keepScreenshot("5-below-threshold");
     }
 
     void inWorkflowContinuousControlDSwitchesCyclicDfOnAndOff()
@@ -178,7 +202,7 @@ private slots:
         QTRY_VERIFY(results.count(ChangeContent) >= 3);
         QVERIFY(button->isChecked());
         QVERIFY(started->GetValue());
-        keepScreenshot("5-cyclic");
+        keepScreenshot("6-cyclic");
         press("ctrl+d");
         QTRY_VERIFY(!started->GetValue());
         QTRY_VERIFY(!handlerValue<values::BoolValue>("DFRunning")->GetValue());
@@ -197,6 +221,66 @@ private:
     [[nodiscard]] static QString text(const char* path)
     {
         return handlerValue<values::ValueSelection>(path)->GetStringValue();
+    }
+
+    [[nodiscard]] static QString text(const char* path, int key)
+    {
+        return handlerValue<values::ValueSelection>(path)->GetItemNameForKey(key);
+    }
+
+    [[nodiscard]] static QWidget* topLevel(const char* objectName)
+    {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (widget->objectName() == QLatin1String(objectName))
+                return widget;
+        }
+        return nullptr;
+    }
+
+    /// Compares the window of detailed results with the driver's values.
+    static void compareWithValues(const QWidget& window)
+    {
+        const QString resultTime = handlerValue<values::StringValue>("Values/Result/ResultTime")->GetValue();
+        QCOMPARE(window.findChild<QLabel*>("m_pDateTimeLabel")->text(),
+                 Brix::DateTime::fromString(resultTime).toString(Brix::DateTime::Local_TimeZone));
+        const auto* stations = handlerValue<values::ValueSelection>("Values/Result/SelectedDF");
+        const auto* table = window.findChild<QTableWidget*>("m_pTable");
+        QVERIFY(stations->GetItemCount() >= 2);
+        QCOMPARE(table->rowCount(), stations->GetItemCount());
+        for (int row = 0; row < table->rowCount(); ++row) {
+            QStringList shown;
+            for (int column = 0; column < table->columnCount(); ++column)
+                shown << table->item(row, column)->text();
+            QCOMPARE(shown.mid(0, 5), measurementsOf(*stations->GetItem(row)));
+            const int key = stations->GetItem(row)->GetKey();
+            compareCoordinate(shown.at(5), text("Values/Result/DFLongitude", key));
+            compareCoordinate(shown.at(6), text("Values/Result/DFLatitude", key));
+            QCOMPARE(shown.at(7) == "---", text("Values/Result/Errors", key).toInt() == 0);
+        }
+    }
+
+    /// Name, frequency, azimuth, level and quality as the operator is to read them.
+    [[nodiscard]] static QStringList measurementsOf(const values::SelectionItem& station)
+    {
+        const double hz = handlerValue<values::StringValue>("Values/Result/Frequency")->GetValue().toDouble();
+        const QString quality = text("Values/Result/Quality", station.GetKey());
+        const int threshold = handlerValue<values::IntValue>("Values/Result/QualityThreshold")->GetValue();
+        const bool goodEnough = quality.toInt() >= threshold;
+        return {station.GetName(), QString::number(hz / 1e6, 'g', 15) + " MHz",
+                goodEnough ? text("Values/Result/Azimuth", station.GetKey()) + QStringLiteral("°") : "---",
+                text("Values/Result/Level", station.GetKey()) + QStringLiteral(" dBµV"),
+                goodEnough ? quality + "%" : "---"};
+    }
+
+    /// Compares degrees and minutes with a number of degrees, to what three decimals of a minute can tell.
+    static void compareCoordinate(const QString& shown, const QString& degrees)
+    {
+        static const QRegularExpression form(QStringLiteral("^(-?)(\\d+)°(\\d+\\.\\d{3})'$"));
+        const QRegularExpressionMatch match = form.match(shown);
+        QVERIFY2(match.hasMatch(), qPrintable(shown));
+        const double size = match.captured(2).toDouble() + match.captured(3).toDouble() / 60.0;
+        const double value = match.captured(1).isEmpty() ? size : -size;
+        QVERIFY2(std::abs(value - degrees.toDouble()) < 0.001 / 60.0, qPrintable(shown + " is not " + degrees));
     }
 
     workbench::MainWindow* m_window = nullptr;
