@@ -15,11 +15,8 @@
 #include "ztbase/exceptions.h"
 
 #include <QCoreApplication>
-#include <QEvent>
 #include <QGridLayout>
 #include <QPointer>
-
-#include <utility>
 
 namespace VelmarGui {
 
@@ -169,6 +166,7 @@ DFLocateSettingsWidget::DFLocateSettingsWidget(GuiComponentCommon* common, const
 
 DFLocateSettingsWidget::~DFLocateSettingsWidget() = default;
 
+/// The texts stay: the host may have given the panel a title of its own, and makes it anew in another language.
 void DFLocateSettingsWidget::changeEvent(QEvent* event)
 {
     QFrame::changeEvent(event);
@@ -209,19 +207,23 @@ void DFLocateSettingsWidget::ConnectValues()
 {
     runEntry("DFLocateSettingsWidget::ConnectValues", sourceFile, __LINE__, [this] {
         const QString settingsPath = GetParameterPath() + parameterSetName;
-        QString xml;
         whileAlive(
-            this, [&] { AddValue(textValue(settingsPath), this, SLOT(SettingsInDriverChanged(values::ValueBase*))); },
-            [&] { BindExtraValues(); },        //
-            [&] { BindConfigValues(); },       //
-            [&] { xml = GetXmlFromValues(); }, //
-            [&] { UpdateParameterSet(parameterSetName, xml); },
+            this,
             [&] {
+                AddValue(textValue(settingsPath), this, SLOT(SettingsInDriverChanged(values::ValueBase*)));
+                BindExtraValues();
+            },
+            [&] {
+                BindConfigValues();
+                const QString xml = GetXmlFromValues();
+                UpdateParameterSet(parameterSetName, xml);
                 const values::StringValue* const pgxml = textValue(settingsPath + QLatin1String("/PGXML"));
                 LoadForm(pgxml != nullptr ? pgxml->GetValue() : QString(), xml);
             },
-            [&] { values::LinkByPath(m_commands, m_handlerRoot + QLatin1String("Values/Commands")); },
-            [&] { ConnectDeviceValues(); }, //
+            [&] {
+                values::LinkByPath(m_commands, m_handlerRoot + QLatin1String("Values/Commands"));
+                ConnectDeviceValues();
+            },
             [&] { SettingsInDriverChanged(textValue(settingsPath)); });
     });
 }
@@ -233,7 +235,7 @@ void DFLocateSettingsWidget::BindExtraValues()
         if (entry.interfaceName == nullptr)
             continue;
         const QString name = QString::fromLatin1(entry.interfaceName);
-        values::ValuePtr<values::ValueSelection>& value = m_extraValues.at(extra++);
+        SelectionPtr& value = m_extraValues.at(extra++);
         const bool alive = whileAlive(
             this, [&] { values::LinkOrCreate(value, GetComponentPath() + name); },
             [&] { AddValue(value.get(), this, extraValuesChangedSlot); },
