@@ -183,6 +183,7 @@ private slots:
     void aToolbarThatCannotBeMadeLeavesTheFormerOne();
 
     // Panel
+    void theToolbarIsMadeBeforeThePanel();
     void thePanelIsTheHosts();
     void theHostMayDeleteThePanelAtAnyTime();
     void makingWidgetsAgainMakesASecondPanel();
@@ -503,6 +504,20 @@ void TestDFLocateComponent::aToolbarThatCannotBeMadeLeavesTheFormerOne()
     QCOMPARE(createWidgets(component), nullptr);
     QCOMPARE(component->GetToolBar(), former);
     trigger()->RemoveObserver(&throwing);
+}
+
+void TestDFLocateComponent::theToolbarIsMadeBeforeThePanel()
+{
+    // Each makes a value of its own at first.
+    const RefusingListener panel(QStringLiteral("/GLOBAL/DfDeviceReady"));
+    const Component component(m_library, L"DFLocateComponent");
+    QCOMPARE(createWidgets(component), nullptr);
+    QVERIFY(component->GetToolBar());
+    delete component->GetToolBar();
+    values::Tree::Instance()->Clear();
+    const RefusingListener toolbar(triggerPath);
+    QCOMPARE(createWidgets(component), nullptr);
+    QVERIFY(!values::Tree::Instance()->FindValue(QStringLiteral("/GLOBAL/DfDeviceReady")));
 }
 
 void TestDFLocateComponent::thePanelIsTheHosts()
