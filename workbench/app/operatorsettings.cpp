@@ -52,27 +52,34 @@ QString pathOf(const QString& name)
     return path.startsWith(QLatin1Char('/')) ? path : handlerRoot() + path;
 }
 
+/// Some lists are of texts only: their numbers are all 0 and stand for nothing.
+bool hasNumbers(const values::ValueSelection& selection)
+{
+    for (int i = 0; i < selection.GetItemCount(); ++i) {
+        if (selection.GetItem(i)->GetValue() != 0.0)
+            return true;
+    }
+    return false;
+}
+
 QString allowedItems(const values::ValueSelection& selection)
 {
+    const bool withNumbers = hasNumbers(selection);
     QStringList allowed;
     for (int i = 0; i < selection.GetItemCount(); ++i) {
         const values::SelectionItem& item = *selection.GetItem(i);
         const QString number = QString::number(item.GetValue(), 'f', QLocale::FloatingPointShortest);
-        allowed += item.GetValue() != 0.0 ? QStringLiteral("\"%1\" (%2)").arg(item.GetName(), number)
-                                          : QStringLiteral("\"%1\"").arg(item.GetName());
+        allowed += withNumbers ? QStringLiteral("\"%1\" (%2)").arg(item.GetName(), number)
+                               : QStringLiteral("\"%1\"").arg(item.GetName());
     }
     return tr("one of %1").arg(allowed.join(QStringLiteral(", ")));
 }
 
-/// Lists without numbers have the number 0 everywhere: there it stands for no item.
 bool selectByNumber(values::ValueSelection& selection, const QString& text)
 {
     bool isNumber = false;
     const double number = text.toDouble(&isNumber);
-    bool hasNumbers = false;
-    for (int i = 0; i < selection.GetItemCount(); ++i)
-        hasNumbers = hasNumbers || selection.GetItem(i)->GetValue() != 0.0;
-    return isNumber && hasNumbers && selection.Select(number, nullptr, true);
+    return isNumber && hasNumbers(selection) && selection.Select(number, nullptr, true);
 }
 
 /// Sets @p value from @p text; else what would have been allowed.

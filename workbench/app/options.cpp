@@ -85,15 +85,8 @@ public:
 
     [[nodiscard]] bool isSet(const QString& name) const { return m_parser.isSet(name); }
 
-    QString file(const QString& name)
-    {
-        if (!isSet(name))
-            return {};
-        const QString value = m_parser.value(name);
-        if (value.isEmpty())
-            refuse(name, tr("the name of a file"));
-        return value;
-    }
+    QString file(const QString& name) { return path(name, tr("the name of a file")); }
+    QString folder(const QString& name) { return path(name, tr("the name of a folder")); }
 
     std::vector<SettingAssignment> settings(const QString& name)
     {
@@ -146,6 +139,16 @@ public:
     QStringList errors;
 
 private:
+    QString path(const QString& name, const QString& expected)
+    {
+        if (!isSet(name))
+            return {};
+        const QString value = m_parser.value(name);
+        if (value.isEmpty())
+            refuse(name, expected);
+        return value;
+    }
+
     void refuse(const QString& name, const QString& expected) { refuse(name, m_parser.value(name), expected); }
 
     void refuse(const QString& name, const QString& given, const QString& expected)
@@ -220,7 +223,7 @@ Options readOptions(Reader& reader)
     options.componentFile = reader.file(componentName);
     options.screenshotFile = reader.pngFile(screenshotName);
     options.recordFile = reader.file(recordName);
-    options.parameterSetFolder = reader.file(parameterSetsName);
+    options.parameterSetFolder = reader.folder(parameterSetsName);
     options.settings = reader.settings(setName);
     options.recordedDefaults.frequency = reader.value(frequencyName, tr("a frequency in Hz above 0"), toNumberAbove0);
     options.recordedDefaults.level = reader.value(levelName, tr("a level in dBµV"), toNumber);

@@ -23,6 +23,8 @@ private slots:
     void everyNumberIsRead();
     void everyFileIsRead();
     void settingsForARecordingAreRead();
+    void settingsAreReadInTheirOrder();
+    void badSettingsAreNamedEach();
     void limitsOfNumbersAreAccepted();
     void aBadValueIsNamedWithOptionTextAndExpectation_data();
     void aBadValueIsNamedWithOptionTextAndExpectation();
@@ -45,9 +47,10 @@ void TestOptions::withoutArgumentsEverythingHasItsDefault()
     const Options& options = line.options;
     QVERIFY(!options.headless && !options.offline && !options.trace && !options.json);
     QVERIFY(!options.shots && !options.cyclicSeconds);
+    QVERIFY(options.settings.empty());
     QCOMPARE(options.seed, quint64(1));
     QCOMPARE(options.scenarioFile + options.recordingFile + options.componentFile + options.screenshotFile +
-                 options.recordFile,
+                 options.recordFile + options.parameterSetFolder,
              QString());
     QVERIFY(!options.recordedDefaults.frequency && !options.recordedDefaults.level &&
             !options.recordedDefaults.quality && !options.recordedDefaults.time);
@@ -76,13 +79,14 @@ void TestOptions::everyNumberIsRead()
 
 void TestOptions::everyFileIsRead()
 {
-    CommandLine line =
-        read({"--scenario", "a b.json", "--component", "lib.so", "--screenshot", "s.PNG", "--record", "r.csv"});
+    CommandLine line = read({"--scenario", "a b.json", "--component", "lib.so", "--screenshot", "s.PNG", "--record",
+                             "r.csv", "--parameter-sets", "my sets"});
     QCOMPARE(line.errors, QStringList());
     QCOMPARE(line.options.scenarioFile, QStringLiteral("a b.json"));
     QCOMPARE(line.options.componentFile, QStringLiteral("lib.so"));
     QCOMPARE(line.options.screenshotFile, QStringLiteral("s.PNG"));
     QCOMPARE(line.options.recordFile, QStringLiteral("r.csv"));
+    QCOMPARE(line.options.parameterSetFolder, QStringLiteral("my sets"));
     line = read({"--recording", "b.csv"});
     QCOMPARE(line.options.recordingFile, QStringLiteral("b.csv"));
 }
@@ -96,6 +100,31 @@ void TestOptions::settingsForARecordingAreRead()
     QCOMPARE(line.options.recordedDefaults.level.value(), -3.5);
     QCOMPARE(line.options.recordedDefaults.quality.value(), 80.0);
     QCOMPARE(line.options.recordedDefaults.time.value(), QTime(7, 8, 9));
+}
+
+void TestOptions::settingsAreReadInTheirOrder()
+{
+    const CommandLine line =
+        read({"--set", "Mode=Gate", "--set", "Bandwidth=30.0 kHz", "--set=Mode=", "--set=Type=a=b"});
+    QCOMPARE(line.errors, QStringList());
+    QStringList settings;
+    for (const workbench::SettingAssignment& setting : line.options.settings)
+        settings += setting.name + " to " + setting.value;
+    QCOMPARE(settings, QStringList({"Mode to Gate", "Bandwidth to 30.0 kHz", "Mode to ", "Type to a=b"}));
+}
+
+void TestOptions::badSettingsAreNamedEach()
+{
+    const QString expected = QStringLiteral("NAME=VALUE with one of the names Frequency, Bandwidth, Averaging, Mode, "
+                                            "Quality, Threshold, FrequencyOffset, Span, Workflow, Type, Activity, "
+                                            "Trigger");
+    const auto error = [&expected](const char* text) {
+        return QStringLiteral("Option --set: \"%1\" was given, but %2 was expected.")
+            .arg(QLatin1String(text), expected);
+    };
+    QCOMPARE(read({"--set", "Colour=red", "--set", "Mode=Gate", "--set", "Bandwidth", "--set=", "--set", "mode=Gate"})
+                 .errors,
+             QStringList({error("Colour=red"), error("Bandwidth"), error(""), error("mode=Gate")}));
 }
 
 void TestOptions::limitsOfNumbersAreAccepted()
@@ -132,6 +161,7 @@ void TestOptions::aBadValueIsNamedWithOptionTextAndExpectation_data()
     rows("recording", {""}, "the name of a file");
     rows("component", {""}, "the name of a file");
     rows("record", {""}, "the name of a file");
+    rows("parameter-sets", {""}, "the name of a folder");
     rows("screenshot", {""}, "the name of a file");
     rows("screenshot", {"picture.jpg", "png"}, "the name of a file that ends in .png");
 }

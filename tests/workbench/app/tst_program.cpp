@@ -75,6 +75,13 @@ private slots:
     void withoutADisplayTheSameJobIsDoneHeadless();
     void withoutADisplayOfflineMakesNoShot();
 
+    void aSettingArrivesInAllPlaces();
+    void everyResultIsMeasuredWithTheSettings();
+    void aFrequencyIsTuned();
+    void aRefusedSettingEndsWithTwoBeforeAnythingIsMeasured();
+    void settingsAreMadeOfflineToo();
+    void aRefusedSettingIsSaidInAWindowToo();
+
     void aRecordingIsPlayed();
     void whatARecordingDoesNotHoldIsTakenFromTheOptions();
     void moreShotsThanRecordedAreRefusedAtOnce();
@@ -231,6 +238,75 @@ void TestProgram::withoutADisplayOfflineMakesNoShot()
     const Outcome outcome = run({"--offline"}, bare);
     QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
     QCOMPARE(outcome.output, QString());
+}
+
+void TestProgram::aSettingArrivesInAllPlaces()
+{
+    const Outcome outcome = run({"--headless", "--set", "Bandwidth=30000", "--shots", "1", "--json"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    const QJsonObject settings = outcome.json().at(0).toObject()["settings"].toObject();
+    QCOMPARE(settings["toolBar"].toObject()["bandwidth"].toString(), QStringLiteral("30.0 kHz"));
+    QCOMPARE(settings["device"].toObject()["bandwidth"].toDouble(), 30000.0);
+    QVERIFY(settings["toDriver"].toString().contains("<Bandwidth>30000</Bandwidth>"));
+    QCOMPARE(settings["inDriver"].toString(), settings["toDriver"].toString());
+    QCOMPARE(settings["measured"].toObject()["bandwidth"].toDouble(), 30000.0);
+}
+
+void TestProgram::everyResultIsMeasuredWithTheSettings()
+{
+    const Outcome outcome = run({"--headless", "--set", "Averaging=1s", "--set", "Mode=Cont", "--set", "Quality=30",
+                                 "--set", "Threshold=-5", "--set", "FrequencyOffset=100", "--cyclic", "3", "--json"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    const QJsonArray shots = outcome.json();
+    QVERIFY(shots.size() >= 2);
+    for (const QJsonValue& shot : shots) {
+        const QJsonObject measured = shot.toObject()["settings"].toObject()["measured"].toObject();
+        QCOMPARE(measured, QJsonObject({{"frequency", 155500100.0},
+                                        {"frequencyOffset", 100.0},
+                                        {"bandwidth", 12000.0},
+                                        {"averaging", 1000.0},
+                                        {"mode", "continuous"},
+                                        {"qualityThreshold", 30},
+                                        {"levelThreshold", -5}}));
+        QCOMPARE(shot.toObject()["qualityThreshold"].toInt(), 30);
+    }
+}
+
+void TestProgram::aFrequencyIsTuned()
+{
+    const Outcome outcome = run({"--headless", "--set", "Frequency=462550000", "--json"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    QCOMPARE(outcome.json().at(0).toObject()["frequency"].toDouble(), 462550000.0);
+}
+
+void TestProgram::aRefusedSettingEndsWithTwoBeforeAnythingIsMeasured()
+{
+    const Outcome outcome =
+        run({"--headless", "--set", "Mode=Loud", "--set", "Bandwidth=300", "--set", "Quality=0", "--json"});
+    QCOMPARE(outcome.exitCode, 2);
+    QCOMPARE(outcome.output, QStringLiteral("[\n]\n"));
+    QCOMPARE(outcome.errors,
+             QStringLiteral("Option --set Mode: \"Loud\" was given, but one of \"Normal\", \"Cont\", "
+                            "\"Gate\" was expected.\n"
+                            "Option --set Quality: \"0\" was given, but a whole number from 1 to 100 was "
+                            "expected.\n"));
+}
+
+void TestProgram::settingsAreMadeOfflineToo()
+{
+    QCOMPARE(run({"--headless", "--offline", "--set", "Bandwidth=300"}).exitCode, 0);
+    const Outcome outcome = run({"--headless", "--offline", "--set", "Frequency=1e8"});
+    QCOMPARE(outcome.exitCode, 2);
+    QCOMPARE(outcome.errors, QStringLiteral("Option --set Frequency: there is no such setting here.\n"));
+}
+
+void TestProgram::aRefusedSettingIsSaidInAWindowToo()
+{
+    const QString picture = m_folder.filePath("refused.png");
+    const Outcome outcome = run({"--set", "Mode=Loud", "--shots", "1", "--screenshot", picture});
+    QCOMPARE(outcome.exitCode, 2);
+    QVERIFY(outcome.errors.startsWith("Option --set Mode: "));
+    QVERIFY(QFile::exists(picture));
 }
 
 void TestProgram::aRecordingIsPlayed()
