@@ -109,10 +109,10 @@ private slots:
 
     void aNewPanelMakesTheDeviceReadyFlagAndPublishesIt()
     {
-        const PanelBench bench;
+        PanelBench bench;
         QVERIFY(PanelBench::deviceReady());
         QCOMPARE(PanelBench::deviceReady()->GetValue(), false);
-        VelmarGui::GuiComponentTools other(const_cast<VelmarGui::GuiComponentCommon*>(&bench.common), "/Other/");
+        const VelmarGui::GuiComponentTools other(&bench.common, "/Other/");
         QCOMPARE(other.GetGlobalValue("DfDeviceReady"), PanelBench::deviceReady());
     }
 
@@ -131,6 +131,24 @@ private slots:
         PanelBench bench;
         QVERIFY(bench.common.SetParameterSet(componentRoot, "DF_Settings", Settings().text()));
         QVERIFY(!bench.common.SetParameterSet(componentRoot, "Other", QString()));
+    }
+
+    void aDeviceReadyFlagWhoseNameIsTakenWorksOutsideTheTree()
+    {
+        const FreshTree tree;
+        tree.add<values::StringValue>(globalRoot + "DfDeviceReady");
+        VelmarGui::GuiComponentCommon common;
+        const VelmarGui::GuiComponentTools other(&common, "/Other/");
+        std::unique_ptr<BoolValue> flag; // nobody's, and so the test's
+        {
+            const Traces traces;
+            const DFLocateSettingsWidget panel(&common, componentRoot);
+            flag.reset(dynamic_cast<BoolValue*>(other.GetGlobalValue("DfDeviceReady")));
+            QVERIFY(flag);
+            QVERIFY(!flag->IsInTree());
+            QVERIFY(flag->GetObserverCount() > 0);
+            QVERIFY(traces.records.empty());
+        }
     }
 
     void everyComponentInItsPathBecomesHandler()
@@ -206,6 +224,41 @@ private slots:
         }
         PanelBench::selection("Config/DFLocateActivity")->Select("DF and locate");
         QCOMPARE(PanelBench::extra("DFLocateActivity")->GetStringValue(), QString("DF and locate"));
+    }
+
+    void anInterfaceValueWhoseNameIsTakenWorksOutsideTheTree()
+    {
+        std::unique_ptr<ValueSelection> outside; // nobody's, and so the test's
+        PanelBench bench;
+        bench.tree.add<values::IntValue>(componentRoot + "DFLocateWorkflow");
+        const Traces traces;
+        bench.panel->sl_VTConnected();
+        outside.reset(bench.field<VCComboBoxClassic>("comboWorkflow")->GetValueSelection());
+        QVERIFY(outside);
+        QVERIFY(!outside->IsInTree());
+        QVERIFY(traces.records.empty());
+        // It is linked to nothing and has no item.
+        Settings expected;
+        expected.workflow.clear();
+        QCOMPARE(bench.parameterSet(), expected.text());
+        expected.mode = "Gate";
+        PanelBench::selection("Config/Mode")->Select("Gate");
+        QCOMPARE(PanelBench::toDriver()->GetValue(), expected.text());
+        delete bench.panel;
+    }
+
+    void aRequestIsAnsweredOnceHoweverOftenThePanelWasConnected()
+    {
+        PanelBench bench;
+        bench.panel->sl_Offline();
+        bench.panel->sl_Offline();
+        bench.panel->sl_VTConnected();
+        RecordingObserver observer;
+        auto* const offset = PanelBench::real("Config/DFFrequencyOffset");
+        offset->AddObserver(&observer);
+        emit bench.common.si_parametersRequested();
+        QCOMPARE(observer.count(ChangeExternal), 1);
+        offset->RemoveObserver(&observer);
     }
 
     void onlyActivitiesAndTheirTriggersAreTranslatedAsResourceTypes()

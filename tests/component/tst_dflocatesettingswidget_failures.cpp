@@ -358,6 +358,7 @@ private slots:
         PanelBench bench;
         auto* const bandwidth = PanelBench::selection("Config/Bandwidth");
         bandwidth->AddItem("all", std::numeric_limits<double>::infinity(), 77);
+        PanelBench::driverSettings()->SetValue(Settings().text(), nullptr);
         bench.panel->sl_VTConnected();
         Journal journal(bench);
         const Traces traces;
