@@ -163,7 +163,7 @@ void TestSettingsRoads::theComponentHasAPanelWithItsForm()
     QVERIFY(bench.window.findChild<QLabel*>("NoPanel") == nullptr);
     QCOMPARE(bench.inPanel("Bandwidth")->currentText(), QStringLiteral("12.0 kHz"));
     QCOMPARE(bench.inPanel("Bandwidth")->count(), 14);
-    QCOMPARE(bench.inPanel("VCComboBoxActivity")->currentText(), QStringLiteral("DF"));
+    QCOMPARE(bench.inPanel("VCComboBoxActivity")->currentText(), config("DFLocateActivity")->GetStringValue());
 }
 
 void TestSettingsRoads::aBandwidthChosenInThePanelArrivesEverywhere()
