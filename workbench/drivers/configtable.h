@@ -71,12 +71,12 @@ constexpr ConfigEntry selectionEntry(const char* path, ItemList list, int initia
 }
 
 constexpr int bandwidthKey12kHz = 7;
-/// An operator's first click shall measure: with key 0 there would be no activity to start.
-constexpr int activityKeyDf = 1;
+constexpr int locateTypeOnline = 1;
+constexpr int activityDfAndLocate = 2;
 
 constexpr double largestSpan = 2147483647.0;
 
-/// The thresholds are not in use until somebody sets them.
+/// An operator's first click shall measure and locate. The thresholds are not in use until somebody sets them.
 constexpr std::array<ConfigEntry, 12> configTable{{
     {"Config/DFFrequencyOffset",
      values::TypeDouble,
@@ -88,8 +88,8 @@ constexpr std::array<ConfigEntry, 12> configTable{{
      {}},
     {"Config/DFSpan", values::TypeDouble, 0.0, largestSpan, 1.0, 0.0, values::StateOrdinary, {}},
     selectionEntry("Config/DFLocateWorkflow", listOf(workflowItems), 0),
-    selectionEntry("Config/DFLocateType", listOf(locateTypeItems), 0),
-    selectionEntry("Config/DFLocateActivity", listOf(activityItems), activityKeyDf),
+    selectionEntry("Config/DFLocateType", listOf(locateTypeItems), locateTypeOnline),
+    selectionEntry("Config/DFLocateActivity", listOf(activityItems), activityDfAndLocate),
     selectionEntry("Config/DFLocateActivityTrigger", listOf(activityTriggerItems), 0),
     {"Config/OverwriteThreshold", values::TypeBool, 0.0, 0.0, 0.0, 0.0, values::StateOrdinary, {}},
     selectionEntry("Config/Mode", listOf(modeItems), 0),

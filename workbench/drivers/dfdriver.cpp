@@ -113,6 +113,7 @@ public:
     [[nodiscard]] bool isCyclic() const { return m_isCyclic; }
     [[nodiscard]] const DfSettings& settings() const { return m_settings; }
     [[nodiscard]] const std::optional<DfRequest>& publishedRequest() const { return m_publishedRequest; }
+    [[nodiscard]] const std::optional<LocateResult>& publishedFix() const { return m_publishedFix; }
     [[nodiscard]] int currentDevice() const { return m_currentDevice; }
     void selectDevice(int index);
 
@@ -147,6 +148,8 @@ private:
     void onFailed(const QString& reason);
     void publishPending();
     void publish(DfResult result);
+    [[nodiscard]] LocateResult locate(const DfResult& result) const;
+    [[nodiscard]] int qualityThreshold() const { return m_settings.qualityThreshold.value_or(0); }
 
     void writeStatus();
     void writeRunning();
@@ -165,6 +168,7 @@ private:
     DfSettings m_settings; // in force, always such as the device can do
     DfRequest m_request;   // of the measurement under way
     std::optional<DfRequest> m_publishedRequest;
+    std::optional<LocateResult> m_publishedFix;
     std::optional<JobXml::DF_Settings> m_acceptedText; // for what is in it beside the settings
     bool m_textIsDue = false;
     bool m_answerIsDue = false;
@@ -176,6 +180,8 @@ private:
     values::ValueObservingPtr<DoubleValue> m_frequencyOffset{this};
     values::ValueObservingPtr<IntValue> m_configQuality{this};
     values::ValueObservingPtr<IntValue> m_configThreshold{this};
+    SelectionPtr m_locateType;
+    SelectionPtr m_activity;
     values::ValueObservingPtr<ValueSelection> m_mode{this};
     values::ValueObservingPtr<ValueSelection> m_bandwidth{this};
     values::ValueObservingPtr<ValueSelection> m_averageTime{this};
@@ -268,6 +274,8 @@ void DfDriver::Private::provideConfig(const QString& handlerRoot)
     LinkByPath(m_frequencyOffset, configRoot + QLatin1String("DFFrequencyOffset"));
     LinkByPath(m_configQuality, configRoot + QLatin1String("Quality"));
     LinkByPath(m_configThreshold, configRoot + QLatin1String("Threshold"));
+    LinkByPath(m_locateType, configRoot + QLatin1String("DFLocateType"));
+    LinkByPath(m_activity, configRoot + QLatin1String("DFLocateActivity"));
     LinkByPath(m_mode, configRoot + QLatin1String("Mode"));
     LinkByPath(m_bandwidth, configRoot + QLatin1String("Bandwidth"));
     LinkByPath(m_averageTime, configRoot + QLatin1String("AverageTime"));
@@ -551,7 +559,9 @@ void DfDriver::Private::publish(DfResult result)
     m_isMeasuring = false;
     m_isPublishing = true;
     m_publishedRequest = m_request;
-    if (!m_results->write(result, m_settings.qualityThreshold.value_or(0)))
+    m_publishedFix = locate(result);
+    const auto* const fix = std::get_if<Fix>(&*m_publishedFix);
+    if (!m_results->write(result, qualityThreshold(), fix != nullptr ? std::optional(fix->position) : std::nullopt))
         return;
     m_isPublishing = false;
     m_frame.start(frameMs);
@@ -563,6 +573,15 @@ void DfDriver::Private::publish(DfResult result)
     writeRunning();
     if (alive)
         emit m_driver->resultPublished(result);
+}
+
+LocateResult DfDriver::Private::locate(const DfResult& result) const
+{
+    if (!m_locateType || m_locateType->GetCurrentKey() != locateTypeOnline)
+        return QStringLiteral("No fix: the locate type is not \"Online\".");
+    if (!m_activity || m_activity->GetCurrentKey() != activityDfAndLocate)
+        return QStringLiteral("No fix: the activity is not \"DF and locate\".");
+    return onlineFix(result, qualityThreshold());
 }
 
 void DfDriver::Private::writeStatus()
@@ -620,6 +639,11 @@ const DfSettings& DfDriver::settings() const
 const std::optional<DfRequest>& DfDriver::publishedRequest() const
 {
     return d->publishedRequest();
+}
+
+const std::optional<LocateResult>& DfDriver::publishedFix() const
+{
+    return d->publishedFix();
 }
 
 int DfDriver::currentDevice() const

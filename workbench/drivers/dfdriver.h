@@ -2,6 +2,7 @@
 
 #include "drivers/dfresult.h"
 #include "drivers/dfsettings.h"
+#include "drivers/onlinefix.h"
 
 #include <QObject>
 #include <QString>
@@ -23,6 +24,10 @@ class DfSource;
 /// the latest wins. The next cyclic measurement starts when the last result is written, so that none is lost of a
 /// source that answers as soon as it can. A failure of the source ends cyclic measuring. Values that vanish, or whose
 /// place is taken by a value of another kind, are left out. Observers may delete the driver at any time.
+///
+/// **Fix.** With locate type "Online" and activity "DF and locate", as they are when a result is published, its
+/// position is computed from its bearings (drivers/onlinefix.h) with the quality threshold in use. Without a fix the
+/// average position goes out of use; its content stays.
 ///
 /// **Settings.** The latest word counts: at first the Config values, then whichever comes last of
 /// - a settings text set in "DFLOCATE/ToDriver", also when it is the same text as before. It speaks for all settings
@@ -58,6 +63,9 @@ public:
     [[nodiscard]] const DfSettings& settings() const;
     /// What the result published last was measured with; nothing before the first.
     [[nodiscard]] const std::optional<DfRequest>& publishedRequest() const;
+
+    /// The fix of the result published last; nothing before the first.
+    [[nodiscard]] const std::optional<LocateResult>& publishedFix() const;
 
     /// Position in the source's list of devices.
     [[nodiscard]] int currentDevice() const;

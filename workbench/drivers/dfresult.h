@@ -6,6 +6,7 @@
 #include <QMetaType>
 #include <QString>
 
+#include <cmath>
 #include <optional>
 #include <vector>
 
@@ -50,10 +51,17 @@ struct StationResult
     QString stationName;
     std::optional<GeoPosition> position; ///< of the station
     std::optional<double> azimuth;       ///< degrees clockwise from true north, 0 <= azimuth < 360
+    std::optional<double> sigma;         ///< standard deviation of the azimuth, degrees
     std::optional<double> quality;       ///< percent
     std::optional<double> level;         ///< dBµV
     DfError error = DfError::None;
 };
+
+/// A quality as operators see it and compare it with their threshold.
+[[nodiscard]] inline int wholePercent(double quality)
+{
+    return static_cast<int>(std::lround(quality));
+}
 
 /// Who really transmitted, where a simulation or a survey knows it.
 struct TrueEmitter

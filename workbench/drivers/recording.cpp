@@ -294,6 +294,7 @@ void RecordedNetwork::fillIn(DfResult& shot) const
     for (StationResult& station : shot.stations) {
         station.level = m_defaults.level;
         station.quality = m_defaults.quality;
+        station.sigma = m_defaults.sigma;
     }
 }
 

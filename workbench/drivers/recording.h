@@ -25,6 +25,7 @@ struct RecordedDefaults
     std::optional<double> frequency; ///< Hz
     std::optional<double> level;     ///< dBµV, of every bearing
     std::optional<double> quality;   ///< percent, of every bearing
+    std::optional<double> sigma;     ///< degrees, standard deviation of every bearing
     std::optional<QTime> time;       ///< UTC time of day of every shot
 };
 

@@ -22,9 +22,9 @@ QString fixed(double number, int decimals)
     return QString::number(number, 'f', decimals);
 }
 
-QString wholeText(double number)
+QString percentText(double percent)
 {
-    return fixed(number, 0);
+    return QString::number(wholePercent(percent));
 }
 
 QString levelText(double level)
@@ -121,7 +121,7 @@ ResultValues::ResultValues(ProvidedValues& provided, const QString& root, const 
     m_selectedDf.Assign(selectedDf);
 }
 
-bool ResultValues::write(const DfResult& result, int qualityThreshold)
+bool ResultValues::write(const DfResult& result, int qualityThreshold, const std::optional<GeoPosition>& fix)
 {
     // Readers hang on this order: each finds what it needs already there when it is told, the display of errors, which
     // stands above that of times, last.
@@ -133,7 +133,7 @@ bool ResultValues::write(const DfResult& result, int qualityThreshold)
         &ResultValues::announceErrors,
     };
     const QPointer<ResultValues> alive(this);
-    const Content content{result, qualityThreshold};
+    const Content content{result, qualityThreshold, fix};
     for (const auto step : steps) {
         (this->*step)(content);
         if (!alive)
@@ -152,7 +152,7 @@ void ResultValues::writeFrequency(const Content& content)
 {
     const std::optional<double>& frequency = content.result.frequency;
     if (m_frequency)
-        m_frequency->SetValue(frequency ? wholeText(*frequency) : QString(), this);
+        m_frequency->SetValue(frequency ? fixed(*frequency, 0) : QString(), this);
 }
 
 void ResultValues::writeQualityThreshold(const Content& content)
@@ -161,17 +161,14 @@ void ResultValues::writeQualityThreshold(const Content& content)
         m_qualityThreshold->SetValue(content.qualityThreshold, this);
 }
 
-// No network locates yet, so no result has a fix.
-void ResultValues::writeAverageLongitude(const Content& /*content*/)
+void ResultValues::writeAverageLongitude(const Content& content)
 {
-    if (m_averageLongitude)
-        m_averageLongitude->SetState(values::StateUnused, this);
+    writeCoordinate(m_averageLongitude, content.fix ? std::optional(content.fix->longitude) : std::nullopt);
 }
 
-void ResultValues::writeAverageLatitude(const Content& /*content*/)
+void ResultValues::writeAverageLatitude(const Content& content)
 {
-    if (m_averageLatitude)
-        m_averageLatitude->SetState(values::StateUnused, this);
+    writeCoordinate(m_averageLatitude, content.fix ? std::optional(content.fix->latitude) : std::nullopt);
 }
 
 void ResultValues::writeLatitudes(const Content& content)
@@ -230,7 +227,7 @@ void ResultValues::writeErrors(const Content& content)
 
 void ResultValues::writeQualities(const Content& content)
 {
-    writeNumbers(m_quality, content.result, qualityOf, wholeText, {ChangeItems, ChangeContent});
+    writeNumbers(m_quality, content.result, qualityOf, percentText, {ChangeItems, ChangeContent});
 }
 
 /// Announces every result once, also when two of them come within a second and when no time is known.
@@ -246,6 +243,16 @@ void ResultValues::announceErrors(const Content& /*content*/)
 {
     if (m_errors)
         m_errors->HasChanged(ChangeContent, this);
+}
+
+void ResultValues::writeCoordinate(const values::ValuePtr<DoubleValue>& coordinate, std::optional<double> degrees)
+{
+    const QPointer<ResultValues> alive(this);
+    // Content first: whoever is told that it is in use finds it.
+    if (coordinate && degrees)
+        coordinate->SetValue(*degrees, this);
+    if (alive && coordinate)
+        coordinate->SetState(degrees ? values::StateOrdinary : values::StateUnused, this);
 }
 
 /// Gives @p selection one item for each station that has such a number (the item carries it unrounded), and the

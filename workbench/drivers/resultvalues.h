@@ -26,9 +26,10 @@ public:
     /// result.
     ResultValues(ProvidedValues& provided, const QString& root, const std::vector<StationInfo>& stations);
 
-    /// Writes @p result, with the threshold (percent) below which its qualities are poor. False when an observer has
-    /// deleted this object meanwhile.
-    [[nodiscard]] bool write(const DfResult& result, int qualityThreshold);
+    /// Writes @p result, with the threshold (percent) below which its qualities are poor, and the position computed
+    /// from it; without one the average position is not in use. False when an observer has deleted this object
+    /// meanwhile.
+    [[nodiscard]] bool write(const DfResult& result, int qualityThreshold, const std::optional<GeoPosition>& fix);
 
     void Update(Observable* changed, TChangeCode code) override;
 
@@ -42,6 +43,7 @@ private:
     {
         const DfResult& result;
         int qualityThreshold;
+        const std::optional<GeoPosition>& fix;
     };
 
     void writeFrequency(const Content& content);
@@ -57,6 +59,7 @@ private:
     void writeQualities(const Content& content);
     void writeResultTime(const Content& content);
     void announceErrors(const Content& content);
+    void writeCoordinate(const values::ValuePtr<values::DoubleValue>& coordinate, std::optional<double> degrees);
     void writeNumbers(const SelectionPtr& selection, const DfResult& result, NumberOf numberOf, TextOf textOf,
                       std::vector<TChangeCode> codes);
     void followSelectedStation();

@@ -122,10 +122,11 @@ DfResult SimulatedNetwork::measureNow(const DfRequest& request)
         const double noise = propagation::noiseLevel(request.bandwidth, station.noiseFigure);
         const double spread =
             propagation::bearingSpread(station.bearingAccuracy, signal->level - noise, request.averaging);
-        double azimuth = signal->azimuth + spread * chance.normal;
+        MeasuredAzimuth bearing{signal->azimuth + spread * chance.normal, spread};
         if (request.mode == DfMode::Continuous)
-            azimuth = averagedAzimuth(station.info.id, signal->emitter, azimuth);
-        measurement.azimuth = geodesy::normalizedAzimuth(azimuth);
+            bearing = averaged(station.info.id, signal->emitter, bearing);
+        measurement.azimuth = geodesy::normalizedAzimuth(bearing.azimuth);
+        measurement.sigma = bearing.sigma;
         measurement.quality = propagation::qualityFromSpread(spread);
         measurement.level = signal->level;
         bearingsOn.push_back(signal->emitter);
@@ -176,15 +177,18 @@ std::optional<SimulatedNetwork::Signal> SimulatedNetwork::strongestSignal(const 
     return strongest;
 }
 
-double SimulatedNetwork::averagedAzimuth(int stationId, const ScenarioEmitter* emitter, double azimuth)
+SimulatedNetwork::MeasuredAzimuth SimulatedNetwork::averaged(int stationId, const ScenarioEmitter* emitter,
+                                                             MeasuredAzimuth latest)
 {
     constexpr double weightOfLatest = 0.25;
-    const std::complex<double> latest = std::polar(1.0, azimuth * radiansPerDegree);
     Average& average = m_averages[stationId];
-    average.direction =
-        average.emitter == emitter ? (1.0 - weightOfLatest) * average.direction + weightOfLatest * latest : latest;
+    const double weight = average.emitter == emitter ? weightOfLatest : 1.0;
     average.emitter = emitter;
-    return std::arg(average.direction) / radiansPerDegree;
+    average.direction =
+        (1.0 - weight) * average.direction + weight * std::polar(1.0, latest.azimuth * radiansPerDegree);
+    average.variance =
+        (1.0 - weight) * (1.0 - weight) * average.variance + weight * weight * latest.sigma * latest.sigma;
+    return {std::arg(average.direction) / radiansPerDegree, std::sqrt(average.variance)};
 }
 
 std::optional<TrueEmitter> SimulatedNetwork::truth(const std::vector<const ScenarioEmitter*>& bearingsOn) const

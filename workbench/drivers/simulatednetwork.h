@@ -22,7 +22,8 @@ namespace workbench {
 /// Bearing, level and quality follow drivers/propagation.h; the bearing is the forward azimuth of the geodesic from the
 /// station to the emitter (WGS84) plus normally distributed noise. DfMode::Gated measures only while the level is above
 /// the level threshold, or above 0 dBµV when none is given; DfMode::Continuous averages each station's bearing over
-/// successive measurements of the same emitter with the same settings, the latest with a weight of a quarter.
+/// successive measurements of the same emitter with the same settings, the latest with a weight of a quarter. The
+/// stated accuracy of a bearing is that of its noise.
 ///
 /// The same scenario, seed and requests give the same results on every machine (with Pacing::RealTime the clock has a
 /// part in it). The truth of a result is the emitter on which most stations have a bearing, of several the first in the
@@ -60,11 +61,17 @@ private:
         double azimuth = 0.0; ///< true bearing, degrees
         double level = 0.0;   ///< dBµV
     };
+    struct MeasuredAzimuth
+    {
+        double azimuth = 0.0; ///< degrees
+        double sigma = 0.0;   ///< standard deviation, degrees
+    };
     /// Bearings of one station on one emitter, averaged as directions.
     struct Average
     {
         const ScenarioEmitter* emitter = nullptr;
         std::complex<double> direction;
+        double variance = 0.0; ///< degrees²
     };
 
     void answer(const DfRequest& request) override;
@@ -72,7 +79,7 @@ private:
     [[nodiscard]] Chance drawChance();
     [[nodiscard]] DfError obstacle(const ScenarioStation& station, double frequency, Chance chance) const;
     [[nodiscard]] std::optional<Signal> strongestSignal(const ScenarioStation& station, const DfRequest& request) const;
-    [[nodiscard]] double averagedAzimuth(int stationId, const ScenarioEmitter* emitter, double azimuth);
+    [[nodiscard]] MeasuredAzimuth averaged(int stationId, const ScenarioEmitter* emitter, MeasuredAzimuth latest);
     [[nodiscard]] std::optional<TrueEmitter> truth(const std::vector<const ScenarioEmitter*>& bearingsOn) const;
     [[nodiscard]] double secondsSinceStart() const;
 

@@ -49,8 +49,6 @@ struct Minima
 
 bool isUsable(const Bearing& bearing)
 {
-    constexpr double leastSigma = 1e-6;
-    constexpr double greatestSigma = 180.0;
     return std::abs(bearing.station.latitude) <= 90.0 && std::isfinite(bearing.station.longitude) &&
            std::isfinite(bearing.azimuth) && bearing.sigma >= leastSigma && bearing.sigma <= greatestSigma;
 }

@@ -11,10 +11,16 @@
 
 namespace workbench {
 
+/// @name What the standard deviation of a bearing may be, in degrees. Less is below the rounding of a geodesic.
+/// @{
+constexpr double leastSigma = 1e-6;
+constexpr double greatestSigma = 180.0;
+/// @}
+
 /// One bearing as it enters a fix.
 ///
-/// It can be used when all numbers are finite, the latitude lies within +-90 degrees, and sigma between 1e-6 degrees
-/// (less is below the rounding of a geodesic) and 180 degrees. Longitude and azimuth are taken modulo 360. At a pole
+/// It can be used when all numbers are finite, the latitude lies within +-90 degrees, and sigma between leastSigma and
+/// greatestSigma. Longitude and azimuth are taken modulo 360. At a pole
 /// the azimuth counts from the meridian of the longitude that is given, as it does just beside the pole.
 struct Bearing
 {

@@ -53,6 +53,31 @@ public:
     QStringList lines;
 };
 
+/// Two stations on the equator whose bearings meet at 1 degree north, 0.5 degrees east, but for the shape of the Earth.
+DfResult crossingBearings()
+{
+    DfResult result = someResult();
+    result.stations[0].position = GeoPosition{0.0, 0.0};
+    result.stations[0].azimuth = 26.7;
+    result.stations[1].position = GeoPosition{0.0, 1.0};
+    result.stations[1].azimuth = 333.3;
+    return result;
+}
+
+values::TValueState averagePositionState()
+{
+    const auto state = resultValue<DoubleValue>("AveragePositionLongitude")->GetState();
+    return resultValue<DoubleValue>("AveragePositionLatitude")->GetState() == state ? state : values::StateRemoved;
+}
+
+/// A result that moves everything: a fix, and the selected station 8 is gone.
+DfResult movingResult()
+{
+    DfResult result = crossingBearings();
+    result.stations[1].stationId = 9;
+    return result;
+}
+
 bool running()
 {
     return handlerValue<BoolValue>("DFRunning")->GetValue();
@@ -122,6 +147,14 @@ private slots:
     void selectingAStationWithoutABearingShowsNoOtherStationsBearing();
     void theQualityThresholdIsThatOfTheSettingsWhileInUse();
     void withoutAFixTheAveragePositionIsNotInUse();
+    void aFixIsTheAveragePosition();
+    void aFixIsWrittenInItsOrder();
+    void aFixThatIsLostKeepsItsNumbersOutOfUse();
+    void locatingIsAskedForByTypeAndActivity_data();
+    void locatingIsAskedForByTypeAndActivity();
+    void theTypeWhenTheResultIsThereCounts();
+    void aBearingBelowTheThresholdHasNoPartInTheFix();
+    void beforeTheFirstResultThereIsNoFix();
 
     void resultsFasterThanAFrameAreCoalescedToTheLatest();
     void immediateMeasurementsAreAllPublished();
@@ -177,8 +210,8 @@ void DfDriverTest::configSelectionsHaveTheirItemsAndDefaults_data()
         QTest::newRow(path) << QString::fromLatin1(items) << current;
     };
     row("Config/DFLocateWorkflow", "0=On request,1=Continuous,2=On trigger", 0);
-    row("Config/DFLocateType", "0=No locate,1=Online,2=History", 0);
-    row("Config/DFLocateActivity", "0=No DF/Locate,1=DF,2=DF and locate", 1);
+    row("Config/DFLocateType", "0=No locate,1=Online,2=History", 1);
+    row("Config/DFLocateActivity", "0=No DF/Locate,1=DF,2=DF and locate", 2);
     row("Config/DFLocateActivityTrigger", "0=Manual,1=Signal,2=Schedule", 0);
     row("Config/Mode", "0=Normal,1=Cont,2=Gate", 0);
     row("Config/Bandwidth",
@@ -834,6 +867,110 @@ void DfDriverTest::withoutAFixTheAveragePositionIsNotInUse()
     QCOMPARE(resultValue<DoubleValue>("AveragePositionLatitude")->GetState(), values::StateUnused);
 }
 
+void DfDriverTest::aFixIsTheAveragePosition()
+{
+    Bench bench;
+    bench.measure(crossingBearings());
+    QCOMPARE(averagePositionState(), values::StateOrdinary);
+    const auto& published = bench.driver->publishedFix();
+    QVERIFY(published);
+    const auto* const fix = std::get_if<Fix>(&*published);
+    QVERIFY(fix != nullptr);
+    QCOMPARE(resultValue<DoubleValue>("AveragePositionLongitude")->GetValue(), fix->position.longitude);
+    QCOMPARE(resultValue<DoubleValue>("AveragePositionLatitude")->GetValue(), fix->position.latitude);
+    QVERIFY(std::abs(fix->position.longitude - 0.5) < 1e-6);
+    QVERIFY(std::abs(fix->position.latitude - 1.0) < 0.01);
+}
+
+void DfDriverTest::aFixIsWrittenInItsOrder()
+{
+    Bench bench;
+    const Log log;
+    bench.measure(crossingBearings());
+    const int first = log.lines.indexOf(QStringLiteral("QualityThreshold 19")) + 1;
+    // Who is told that a coordinate is in use finds it there.
+    QCOMPARE(log.lines.mid(first, 7).join(QLatin1Char(',')),
+             QStringLiteral("AveragePositionLongitude 3,AveragePositionLongitude 19,AveragePositionLongitude 2,"
+                            "AveragePositionLatitude 3,AveragePositionLatitude 19,AveragePositionLatitude 2,"
+                            "DFLatitude 7"));
+}
+
+void DfDriverTest::aFixThatIsLostKeepsItsNumbersOutOfUse()
+{
+    Bench bench;
+    bench.measure(crossingBearings());
+    const double latitude = resultValue<DoubleValue>("AveragePositionLatitude")->GetValue();
+    DfResult parallel = crossingBearings();
+    parallel.stations[1].azimuth = 26.7;
+    bench.measure(parallel);
+    QCOMPARE(averagePositionState(), values::StateUnused);
+    QCOMPARE(resultValue<DoubleValue>("AveragePositionLatitude")->GetValue(), latitude);
+    QCOMPARE(std::get<QString>(*bench.driver->publishedFix()), explanation(NoFix::ParallelLines));
+    bench.measure(crossingBearings());
+    QCOMPARE(averagePositionState(), values::StateOrdinary);
+}
+
+void DfDriverTest::locatingIsAskedForByTypeAndActivity_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<int>("activity");
+    QTest::addColumn<QString>("reason");
+    const QString wrongType = QStringLiteral("No fix: the locate type is not \"Online\".");
+    const QString wrongActivity = QStringLiteral("No fix: the activity is not \"DF and locate\".");
+    QTest::newRow("online, DF and locate") << 1 << 2 << QString();
+    QTest::newRow("no locate") << 0 << 2 << wrongType;
+    QTest::newRow("history") << 2 << 2 << wrongType;
+    QTest::newRow("online, no activity") << 1 << 0 << wrongActivity;
+    QTest::newRow("online, DF") << 1 << 1 << wrongActivity;
+    QTest::newRow("no locate, DF") << 0 << 1 << wrongType;
+}
+
+void DfDriverTest::locatingIsAskedForByTypeAndActivity()
+{
+    QFETCH(int, type);
+    QFETCH(int, activity);
+    QFETCH(QString, reason);
+    Bench bench;
+    bench.measure(crossingBearings());
+    handlerValue<ValueSelection>("Config/DFLocateType")->Select(type);
+    handlerValue<ValueSelection>("Config/DFLocateActivity")->Select(activity);
+    bench.measure(crossingBearings());
+    QCOMPARE(averagePositionState(), reason.isEmpty() ? values::StateOrdinary : values::StateUnused);
+    const auto* const published = std::get_if<QString>(&*bench.driver->publishedFix());
+    QCOMPARE(published != nullptr ? *published : QString(), reason);
+}
+
+void DfDriverTest::theTypeWhenTheResultIsThereCounts()
+{
+    Bench bench;
+    bench.command(9);
+    handlerValue<ValueSelection>("Config/DFLocateType")->Select(0);
+    bench.answer(crossingBearings());
+    QCOMPARE(averagePositionState(), values::StateUnused);
+}
+
+void DfDriverTest::aBearingBelowTheThresholdHasNoPartInTheFix()
+{
+    Bench bench;
+    auto* quality = handlerValue<IntValue>("Config/Quality");
+    quality->SetValue(41, nullptr); // the second station has 40
+    bench.measure(crossingBearings());
+    QCOMPARE(averagePositionState(), values::StateOrdinary);
+    quality->SetState(values::StateOrdinary, nullptr);
+    bench.measure(crossingBearings());
+    QCOMPARE(averagePositionState(), values::StateUnused);
+    QCOMPARE(std::get<QString>(*bench.driver->publishedFix()), explanation(NoFix::TooFewBearings));
+    quality->SetValue(40, nullptr);
+    bench.measure(crossingBearings());
+    QCOMPARE(averagePositionState(), values::StateOrdinary);
+}
+
+void DfDriverTest::beforeTheFirstResultThereIsNoFix()
+{
+    const Bench bench;
+    QVERIFY(!bench.driver->publishedFix());
+}
+
 void DfDriverTest::resultsFasterThanAFrameAreCoalescedToTheLatest()
 {
     Bench bench;
@@ -931,11 +1068,9 @@ void DfDriverTest::theDriverMayBeDeletedInAnyOfItsNotifications_data()
         const Log log;
         resultValue<ValueSelection>("SelectedDF")->Select(8);
         bench.command(10);
-        DfResult result = someResult();
-        result.stations.pop_back();
         bench.source->m_stations[0].available = false;
         bench.source->m_hriStations.clear();
-        bench.answer(result);
+        bench.answer(movingResult());
         bench.command(11);
         lines = log.lines;
     }
@@ -961,11 +1096,9 @@ void DfDriverTest::theDriverMayBeDeletedInAnyOfItsNotifications()
     if (stillThere())
         bench.command(10);
     if (stillThere()) {
-        DfResult result = someResult();
-        result.stations.pop_back();
         bench.source->m_stations[0].available = false;
         bench.source->m_hriStations.clear();
-        bench.answer(result);
+        bench.answer(movingResult());
     }
     if (stillThere())
         bench.command(11);

@@ -361,6 +361,7 @@ void RecordingTest::statedDefaultsFillWhatIsNotRecorded()
     defaults.frequency = 164e6;
     defaults.level = 33.5;
     defaults.quality = 80.0;
+    defaults.sigma = 2.5;
     defaults.time = QTime(12, 30);
     RecordedNetwork network(loadGood(header + bearing), defaults, Pacing::Immediate);
     QSignalSpy measured(&network, &DfSource::measured);
@@ -371,6 +372,7 @@ void RecordingTest::statedDefaultsFillWhatIsNotRecorded()
     QCOMPARE(result.time, QTime(12, 30));
     QCOMPARE(result.stations[0].level, defaults.level);
     QCOMPARE(result.stations[0].quality, defaults.quality);
+    QCOMPARE(result.stations[0].sigma, defaults.sigma);
     QCOMPARE(network.initialFrequency(), defaults.frequency);
 }
 

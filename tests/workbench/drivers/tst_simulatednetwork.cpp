@@ -125,6 +125,8 @@ private slots:
     void theBearingSpreadsAsTheFormulaSays();
     void averagingNarrowsTheSpread();
     void contAveragesOverMeasurements();
+    void aBearingStatesItsSpread();
+    void contNarrowsTheStatedSpread();
     void contStartsAfreshWithOtherSettings();
     void contAveragesAcrossNorth();
     void qualityIsAWholeNumberThatFallsWithTheLevel();
@@ -409,6 +411,39 @@ void SimulatedNetworkTest::contAveragesOverMeasurements()
     QVERIFY(isNear(*running.station(cont).azimuth, 0.75 * first + 0.25 * second, 0.01));
     // In the long run the variance falls to w / (2 - w) of a single measurement's, w being a quarter.
     QVERIFY(isNear(variance(running, cont), 4.0 / 7.0, 0.12));
+}
+
+void SimulatedNetworkTest::aBearingStatesItsSpread()
+{
+    Scenario scenario = simpleScenario();
+    scenario.stations[0].bearingAccuracy = 1.5;
+    scenario.emitters[0].eirp = eirpForLevel(propagation::noiseLevel(12000.0, 10.0) + 20.0);
+    Measurements measurements(scenario);
+    QVERIFY(isNear(*measurements.station().sigma, 2.5, 1e-6)); // 1.5 of the station, 2 of the noise
+    DfRequest averaged = request();
+    averaged.averaging = 300.0;
+    QVERIFY(isNear(*measurements.station(averaged).sigma, std::sqrt(1.5 * 1.5 + 1.0), 1e-6));
+    scenario.emitters.clear();
+    QVERIFY(!Measurements(scenario).station().sigma);
+}
+
+void SimulatedNetworkTest::contNarrowsTheStatedSpread()
+{
+    Scenario scenario = simpleScenario();
+    scenario.emitters[0].eirp = eirpForLevel(propagation::noiseLevel(12000.0, 10.0) + 20.0);
+    DfRequest cont = request();
+    cont.mode = DfMode::Continuous;
+    Measurements running(scenario);
+    QVERIFY(isNear(*running.station(cont).sigma, 2.0, 1e-6));
+    QVERIFY(isNear(*running.station(cont).sigma, 2.0 * std::sqrt(0.75 * 0.75 + 0.25 * 0.25), 1e-6));
+    double sigma = 0.0;
+    for (int i = 0; i < 100; ++i)
+        sigma = *running.station(cont).sigma;
+    QVERIFY(isNear(sigma, std::sqrt(4.0 / 7.0), 1e-6));
+    // Afresh with other settings.
+    QVERIFY(isNear(*running.station().sigma, 2.0, 1e-6));
+    cont.bandwidth = 7500.0;
+    QVERIFY(*running.station(cont).sigma > 1.5);
 }
 
 void SimulatedNetworkTest::contStartsAfreshWithOtherSettings()

@@ -1,4 +1,5 @@
 #include "drivers/dfdriver.h"
+#include "drivers/geodesy.h"
 #include "drivers/recording.h"
 #include "support/freshtree.h"
 #include "support/testmain.h"
@@ -8,6 +9,7 @@
 
 #include <QSignalSpy>
 
+#include <algorithm>
 #include <cmath>
 
 using namespace workbench;
@@ -25,6 +27,51 @@ const values::ValueSelection& selection(const char* name)
     return *value;
 }
 
+double coordinate(const char* name)
+{
+    auto* value =
+        dynamic_cast<values::DoubleValue*>(values::Tree::Instance()->FindValue(resultRoot + QLatin1String(name)));
+    if (value == nullptr || value->GetState() != values::StateOrdinary)
+        qFatal("%s is not in use", name);
+    return value->GetValue();
+}
+
+/// The survey is not part of the project; whoever has it names its folder. Empty when nobody does.
+QString surveyFile()
+{
+    const QString folder = qEnvironmentVariable("DFLOCATE_SURVEY_DIR");
+    return folder.isEmpty() ? QString() : folder + QStringLiteral("/bearings-survey-2012.csv");
+}
+
+/// A driver that plays the survey, and an operator who asks for one shot after the other.
+class Player
+{
+public:
+    explicit Player(const Recording& recording)
+        : driver(std::make_unique<RecordedNetwork>(recording, RecordedDefaults{}, Pacing::Immediate),
+                 QStringLiteral("/GUI/DFLocateHandler/"), QStringLiteral("/GUI/DFLocateComponent/Parameters/"))
+        , published(&driver, &DfDriver::resultPublished)
+    {
+    }
+
+    /// False when no result comes.
+    bool playNext()
+    {
+        auto* const commands = dynamic_cast<values::ValueSelection*>(
+            values::Tree::Instance()->FindValue(QStringLiteral("/GUI/DFLocateHandler/Values/Commands")));
+        published.clear();
+        if (commands->GetCurrentKey() == 9)
+            commands->HasChanged(ChangeContent, nullptr);
+        else
+            commands->Select(9);
+        return published.count() == 1 || published.wait();
+    }
+
+    const testsupport::FreshTree tree;
+    DfDriver driver;
+    QSignalSpy published;
+};
+
 } // namespace
 
 class SurveyTest : public QObject
@@ -32,18 +79,17 @@ class SurveyTest : public QObject
     Q_OBJECT
 private slots:
     void everyBearingOfTheSurveyReachesTheResultValues();
+    void everyShotOfTheSurveyHasAFixNearTheTruth();
 };
 
-/// The survey is not part of the project; whoever has it names its folder.
 void SurveyTest::everyBearingOfTheSurveyReachesTheResultValues()
 {
-    const QString folder = qEnvironmentVariable("DFLOCATE_SURVEY_DIR");
-    if (folder.isEmpty()) {
+    const QString file = surveyFile();
+    if (file.isEmpty()) {
         QWARN("Left out, because DFLOCATE_SURVEY_DIR does not name the folder of bearings-survey-2012.csv: playing the "
               "312 bearings of the survey and comparing them with the result values.");
         return;
     }
-    const QString file = folder + QStringLiteral("/bearings-survey-2012.csv");
     QVERIFY2(QFile::exists(file), qPrintable(file + QStringLiteral(" is missing")));
     // Read here by other means than those under test; the survey has no quoted fields.
     QList<QByteArray> lines = testsupport::TextFiles::content(file).trimmed().split('\n');
@@ -54,19 +100,9 @@ void SurveyTest::everyBearingOfTheSurveyReachesTheResultValues()
     QCOMPARE(loaded.value->shots.size(), std::size_t(78));
     QCOMPARE(loaded.value->stations.size(), std::size_t(4));
 
-    const testsupport::FreshTree tree;
-    DfDriver driver(std::make_unique<RecordedNetwork>(*loaded.value, RecordedDefaults{}, Pacing::Immediate),
-                    QStringLiteral("/GUI/DFLocateHandler/"), QStringLiteral("/GUI/DFLocateComponent/Parameters/"));
-    auto* commands = dynamic_cast<values::ValueSelection*>(
-        values::Tree::Instance()->FindValue(QStringLiteral("/GUI/DFLocateHandler/Values/Commands")));
-    QVERIFY(commands != nullptr);
-    QSignalSpy published(&driver, &DfDriver::resultPublished);
+    Player player(*loaded.value);
     for (int shot = 0; shot < 78; ++shot) {
-        if (shot == 0)
-            commands->Select(9);
-        else
-            commands->HasChanged(ChangeContent, nullptr);
-        QTRY_COMPARE(published.count(), shot + 1);
+        QVERIFY(player.playNext());
         QCOMPARE(selection("SelectedDF").GetItemCount(), 4);
         QCOMPARE(selection("Azimuth").GetItemCount(), 4);
         QCOMPARE(selection("Level").GetItemCount(), 0);
@@ -85,7 +121,35 @@ void SurveyTest::everyBearingOfTheSurveyReachesTheResultValues()
                     1e-6);
         }
     }
-    QCOMPARE(driver.source().measurementsLeft(), std::optional<int>(0));
+    QCOMPARE(player.driver.source().measurementsLeft(), std::optional<int>(0));
+}
+
+void SurveyTest::everyShotOfTheSurveyHasAFixNearTheTruth()
+{
+    const QString file = surveyFile();
+    if (file.isEmpty()) {
+        QWARN("Left out, because DFLOCATE_SURVEY_DIR does not name the folder of bearings-survey-2012.csv: comparing "
+              "the 78 fixes of the survey with the true positions.");
+        return;
+    }
+    const Loaded<Recording> loaded = loadRecording(file);
+    QVERIFY2(loaded, qPrintable(loaded.errors.join(QLatin1Char('\n'))));
+    Player player(*loaded.value);
+    std::vector<double> errors;
+    double squares = 0.0;
+    for (const DfResult& shot : loaded.value->shots) {
+        QVERIFY(player.playNext());
+        const GeoPosition fix{coordinate("AveragePositionLatitude"), coordinate("AveragePositionLongitude")};
+        const double error = geodesy::line(shot.truth.value().position, fix).distance;
+        errors.push_back(error);
+        squares += error * error;
+    }
+    QCOMPARE(errors.size(), std::size_t(78));
+    std::sort(errors.begin(), errors.end());
+    const double median = 0.5 * (errors[38] + errors[39]);
+    const double rms = std::sqrt(squares / 78.0);
+    QVERIFY2(std::abs(median - 102.33) < 0.1, qPrintable(QString::number(median)));
+    QVERIFY2(std::abs(rms - 170.07) < 0.1, qPrintable(QString::number(rms)));
 }
 
 DFL_TEST_MAIN_WITH(SurveyTest, QCoreApplication)
