@@ -12,6 +12,7 @@ build_packages=(
   ca-certificates
   cmake
   libgeographiclib-dev
+  libqt5sql5-sqlite
   ninja-build
   pkg-config
   qtbase5-dev
