@@ -110,6 +110,9 @@ void MainWindow::showEvent(QShowEvent* event)
     resizeDocks({m_panelDock, dock("ValueTreeDock")}, {50 * font.averageCharWidth(), 130 * font.averageCharWidth()},
                 Qt::Horizontal);
     resizeDocks({dock("ValueTreeDock"), dock("TraceDock")}, {28 * font.height(), 14 * font.height()}, Qt::Vertical);
+    if (QDockWidget* const parameterSets = dock("ParameterSetDock"))
+        resizeDocks({dock("TraceDock"), parameterSets}, {60 * font.averageCharWidth(), 70 * font.averageCharWidth()},
+                    Qt::Horizontal);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)

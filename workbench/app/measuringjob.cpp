@@ -16,7 +16,17 @@ namespace workbench {
 
 namespace {
 
+using values::ValueSelection;
+
 constexpr double millisecondsPerSecond = 1000.0;
+const QString continuousWorkflow = QStringLiteral("Continuous");
+
+/// What a press of the start button does; null when nobody says.
+ValueSelection* workflow()
+{
+    return dynamic_cast<ValueSelection*>(
+        values::Tree::Instance()->FindValue(handlerRoot() + QStringLiteral("Config/DFLocateWorkflow")));
+}
 
 } // namespace
 
@@ -36,6 +46,11 @@ void MeasuringJob::startShots(int count)
     m_active = true;
     m_shotsLeft = count;
     m_cyclicSeconds.reset();
+    const ValueSelection* const chosen = workflow();
+    if (chosen != nullptr && chosen->GetStringValue() == continuousWorkflow) {
+        endWithFailure(tr("In the workflow \"Continuous\" no single measurements can be made."));
+        return;
+    }
     press();
 }
 
@@ -79,9 +94,8 @@ QToolButton* MeasuringJob::usableButton()
 
 bool MeasuringJob::selectContinuousWorkflow()
 {
-    auto* const workflow = dynamic_cast<values::ValueSelection*>(
-        values::Tree::Instance()->FindValue(handlerRoot() + QStringLiteral("Config/DFLocateWorkflow")));
-    return workflow != nullptr && workflow->Select(QStringLiteral("Continuous"), nullptr);
+    ValueSelection* const chosen = workflow();
+    return chosen != nullptr && chosen->Select(continuousWorkflow, nullptr);
 }
 
 void MeasuringJob::onResult(const DfResult& result)

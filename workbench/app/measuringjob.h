@@ -26,7 +26,8 @@ public:
     /// @p session has a driver, and both outlive the job.
     MeasuringJob(Session& session, QObject* parent = nullptr);
 
-    /// Presses the button @p count times, each time after the result before has come.
+    /// Presses the button @p count times, each time after the result before has come. Fails in the continuous workflow,
+    /// where a press does not measure once.
     void startShots(int count);
     /// Selects the continuous workflow, presses the button, and presses it again when @p seconds of measuring time have
     /// passed since the first result: by the times of the results, which may run faster than the clock on the wall. The

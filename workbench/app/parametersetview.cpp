@@ -60,6 +60,7 @@ void ParameterSetView::layOut()
     m_text->setAccessibleName(tr("The component's settings"));
     m_text->setReadOnly(true);
     m_text->setTabChangesFocus(true);
+    m_text->setLineWrapMode(QPlainTextEdit::NoWrap);
 
     auto* const layout = new QGridLayout(this);
     const auto addButton = [&](const QString& text, const char* name, const QString& toolTip, int row, int column,
@@ -139,8 +140,7 @@ void ParameterSetView::refreshText()
 void ParameterSetView::setModified(bool modified)
 {
     m_isModified = modified;
-    m_stateText->setText(modified ? tr("Edited: press Request to have the component report its edits.")
-                                  : tr("The component's settings as it reported them:"));
+    m_stateText->setText(modified ? tr("Edited, not reported yet") : tr("Reported by the component"));
     updateButtons();
 }
 
@@ -208,9 +208,10 @@ void ParameterSetView::save()
 
 void ParameterSetView::saveAs(const QString& name)
 {
+    const QPointer<ParameterSetView> alive(this);
     if (m_isOffline && m_isModified)
         request();
-    if (!m_common)
+    if (!alive || !m_common)
         return;
     const QString xml = m_common->GetParameterSet(m_component, m_set);
     if (xml.isEmpty()) {

@@ -25,6 +25,7 @@
 #include <QStatusBar>
 #include <QTableView>
 #include <QTableWidget>
+#include <QTemporaryDir>
 #include <QToolBar>
 #include <QToolButton>
 #include <QTreeView>
@@ -84,7 +85,11 @@ private slots:
     void aFailedMeasurementIsShown();
     void offlineIsShown();
     void aRefusedEditIsShown();
+    void refusedSettingsAreShown();
     void theInputModeIsChosenInTheMenu();
+    void theDevicesOfTheNetworkAreInTheirMenu();
+    void offlineThereAreNoDevices();
+    void theParameterSetsHaveADock();
     void everyMenuAndEntryHasItsKey();
     void theWindowIsQuitByKeyboard();
     void aValueIsFoundAndEditedByKeyboard();
@@ -232,16 +237,73 @@ void TestMainWindow::theInputModeIsChosenInTheMenu()
     QVERIFY(!action(window, "&Full")->isChecked());
 }
 
-void TestMainWindow::everyMenuAndEntryHasItsKey()
+void TestMainWindow::refusedSettingsAreShown()
+{
+    const FreshTree tree;
+    MainWindow window;
+    Session session(std::make_unique<FakeSource>());
+    window.follow(session);
+    emit session.driver()->settingsRefused("It is not good.");
+    QCOMPARE(window.statusBar()->currentMessage(), QStringLiteral("It is not good."));
+}
+
+void TestMainWindow::theDevicesOfTheNetworkAreInTheirMenu()
+{
+    const FreshTree tree;
+    MainWindow window;
+    Session session(std::make_unique<FakeSource>());
+    window.follow(session);
+    const QList<QAction*> menus = window.menuBar()->actions();
+    QCOMPARE(menus.at(menus.size() - 2)->text(), QStringLiteral("&Device"));
+    const QList<QAction*> devices = menus.at(menus.size() - 2)->menu()->actions();
+    QCOMPARE(devices.size(), 1);
+    QCOMPARE(devices[0]->text(), QStringLiteral("&1 Standard"));
+    QVERIFY(devices[0]->isChecked());
+}
+
+void TestMainWindow::offlineThereAreNoDevices()
 {
     const FreshTree tree;
     MainWindow window;
     Session session(nullptr);
     window.follow(session);
+    for (const QAction* const menu : window.menuBar()->actions())
+        QVERIFY(menu->text() != "&Device");
+}
+
+void TestMainWindow::theParameterSetsHaveADock()
+{
+    const FreshTree tree;
+    MainWindow window;
+    const QTemporaryDir folder;
+    {
+        Session session(nullptr);
+        window.follow(session);
+        window.offerParameterSets(session, folder.path());
+        showActive(window);
+        QVERIFY(window.findChild<QPushButton*>("RequestParameterSet")->isVisible());
+        QTest::keyClicks(window.findChild<QLineEdit*>("ParameterSetName"), "none");
+        QTest::keyClick(window.findChild<QLineEdit*>("ParameterSetName"), Qt::Key_Return);
+        QCOMPARE(window.statusBar()->currentMessage(),
+                 QStringLiteral("The component has not reported any settings that could be saved."));
+    }
+    QVERIFY(!window.findChild<QPushButton*>("SaveParameterSet")->isEnabled()); // the session may go first
+    action(window, "&Parameter sets")->trigger();
+    QVERIFY(!window.findChild<QDockWidget*>("ParameterSetDock")->isVisible());
+}
+
+void TestMainWindow::everyMenuAndEntryHasItsKey()
+{
+    const FreshTree tree;
+    MainWindow window;
+    const QTemporaryDir folder;
+    Session session(std::make_unique<FakeSource>());
+    window.follow(session);
+    window.offerParameterSets(session, folder.path());
     QList<QMenu*> menus;
     for (QAction* const entry : window.menuBar()->actions())
         menus += entry->menu();
-    QCOMPARE(menus.size(), 4);
+    QCOMPARE(menus.size(), 5);
     for (const QMenu* const menu : qAsConst(menus)) {
         QVERIFY2(menu->title().contains('&'), qPrintable(menu->title()));
         QStringList keys;

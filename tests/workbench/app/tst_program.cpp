@@ -80,6 +80,7 @@ private slots:
     void aFrequencyIsTuned();
     void aRefusedSettingEndsWithTwoBeforeAnythingIsMeasured();
     void settingsAreMadeOfflineToo();
+    void singleShotsInTheContinuousWorkflowAreRefused();
     void aRefusedSettingIsSaidInAWindowToo();
 
     void aRecordingIsPlayed();
@@ -298,6 +299,15 @@ void TestProgram::settingsAreMadeOfflineToo()
     const Outcome outcome = run({"--headless", "--offline", "--set", "Frequency=1e8"});
     QCOMPARE(outcome.exitCode, 2);
     QCOMPARE(outcome.errors, QStringLiteral("Option --set Frequency: there is no such setting here.\n"));
+}
+
+void TestProgram::singleShotsInTheContinuousWorkflowAreRefused()
+{
+    const Outcome outcome = run({"--headless", "--set", "Workflow=Continuous", "--shots", "2"});
+    QCOMPARE(outcome.exitCode, 1);
+    QCOMPARE(outcome.output, QString());
+    QCOMPARE(outcome.errors, QStringLiteral("In the workflow \"Continuous\" no single measurements can be made.\n"));
+    QCOMPARE(run({"--headless", "--set", "Workflow=Continuous", "--cyclic", "1"}).exitCode, 0);
 }
 
 void TestProgram::aRefusedSettingIsSaidInAWindowToo()
