@@ -308,8 +308,6 @@ ResultFile::ResultFile(const QString& file, const HistoryLimits& limits)
     told(m_file, "cannot be opened", [&] { open(absolutePath(file)); });
 }
 
-ResultFile::~ResultFile() = default;
-
 QString ResultFile::objection(const DfResult& result)
 {
     if (!result.date.isValid())

@@ -7,8 +7,6 @@
 #include <atomic>
 #include <exception>
 
-class QSqlQuery;
-
 namespace workbench {
 
 /// How much a store keeps. The newest result is always kept.
@@ -53,7 +51,6 @@ public:
     /// Opens @p file, creates it in an existing folder, and removes what is beyond @p limits. Throws ResultFileError
     /// when that fails; a file that is damaged, of a newer schema or of another program stays as it is.
     ResultFile(const QString& file, const HistoryLimits& limits);
-    ~ResultFile();
     ResultFile(const ResultFile&) = delete;
     ResultFile& operator=(const ResultFile&) = delete;
 

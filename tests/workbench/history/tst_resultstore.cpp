@@ -160,6 +160,24 @@ private slots:
         QCOMPARE(frequencies(allOf(path())), (std::vector<double>{3, 4, 6, 7}));
     }
 
+    void aResultWaitsWhateverKeepsItFromBeingWritten()
+    {
+        ObservedStore observed(path());
+        QTRY_COMPARE(observed.opened, 1);
+        const OtherConnection other(path());
+        other.run(QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT ON result WHEN new.frequency = 1"
+                                 " BEGIN SELECT raise(ABORT, 'not now'); END"));
+        QVERIFY(observed.store.store(resultOfSeries(1)));
+        QVERIFY(observed.store.store(resultOfSeries(2)));
+        QTRY_COMPARE(observed.failures.size(), 1);
+        QVERIFY2(observed.failures.first().startsWith(path() + QStringLiteral(": cannot be written: ")),
+                 qPrintable(observed.failures.first()));
+        QCOMPARE(observed.stored, 0);
+        other.run(QStringLiteral("DROP TRIGGER refuse"));
+        QTRY_COMPARE(observed.stored, 2);
+        QCOMPARE(observed.failures.size(), 1);
+    }
+
     void aFullQueueRefusesWhatComesAndKeepsWhatWaits()
     {
         ObservedStore observed(path());
@@ -247,18 +265,18 @@ private slots:
     void aQueryCancelledAfterItWasWorkedOnIsNotAnswered()
     {
         ObservedStore observed(path());
-        quint64 second = 0;
-        quint64 third = 0;
-        // The answers of both are on their way when the first arrives, at the latest when the third is worked on.
-        QObject::connect(&observed.store, &ResultStore::answered, &observed.store, [&](quint64 request) {
-            if (request < second)
-                observed.store.cancel(second);
-        });
+        QTRY_COMPARE(observed.opened, 1);
         const quint64 first = observed.store.query(everything());
-        second = observed.store.query(everything());
-        third = observed.store.query(everything());
-        QTRY_VERIFY(observed.answers.count(third) == 1);
-        QCOMPARE(observed.order, (std::vector<quint64>{first, third}));
+        const quint64 cancelled = observed.store.query(everything());
+        QVERIFY(observed.store.store(resultOfSeries(1)));
+        // Once the result is there both queries have been worked on; no answer arrives without an event loop.
+        const OtherConnection other(path());
+        while (other.run(QStringLiteral("SELECT count(*) FROM result")).toInt() == 0)
+            QThread::yieldCurrentThread();
+        observed.store.cancel(cancelled);
+        const quint64 last = observed.store.query(everything());
+        QTRY_VERIFY(observed.answers.count(last) == 1);
+        QCOMPARE(observed.order, (std::vector<quint64>{first, last}));
     }
 
     void cancellingAnAnsweredQueryDoesNothing()
