@@ -5,3 +5,5 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/install-packages.sh test
 scripts/with-display.sh ./run.sh --shots 3 --screenshot docs/pictures/workbench.png
+cmake --build --preset release --target guide-pictures
+QT_QPA_PLATFORM=offscreen build/release/bin/guide-pictures docs/pictures
