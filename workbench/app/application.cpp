@@ -258,7 +258,8 @@ void Run::printShot()
     if (!m_options.headless)
         return;
     ++m_shotCount;
-    const ShotReport shot = readShot(m_session.toolBar(), handlerRoot() + QStringLiteral("Values/Result/"));
+    ShotReport shot = readShot(m_session.toolBar(), handlerRoot() + QStringLiteral("Values/Result/"));
+    shot.located = m_session.driver()->publishedFix();
     if (m_options.json) {
         QJsonObject json = shotJson(m_shotCount, shot);
         json.insert(QStringLiteral("settings"), settingsJson(m_session.toolBar(), *m_session.driver()));

@@ -1,5 +1,7 @@
 #include "app/options.h"
 
+#include "locate/positionfix.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
@@ -33,6 +35,7 @@ const QString parameterSetsName = QStringLiteral("parameter-sets");
 const QString frequencyName = QStringLiteral("frequency");
 const QString levelName = QStringLiteral("level");
 const QString qualityName = QStringLiteral("quality");
+const QString sigmaName = QStringLiteral("sigma");
 const QString timeName = QStringLiteral("time");
 const QString helpName = QStringLiteral("help");
 const QString versionName = QStringLiteral("version");
@@ -69,6 +72,7 @@ void addOptions(QCommandLineParser& parser)
     add(frequencyName, "Frequency in Hz to assume for a recording.", "HZ");
     add(levelName, "Level in dBµV to assume where the recording has none.", "DBUV");
     add(qualityName, "Quality in percent to assume where the recording has none.", "PERCENT");
+    add(sigmaName, "Standard deviation in degrees to assume for the bearings of a recording (default: 3).", "DEGREES");
     add(timeName, "Time of day (UTC) to assume for a recording.", "HH:MM:SS");
     add(helpName, "Print this text.");
     add(versionName, "Print the version.");
@@ -185,6 +189,12 @@ std::optional<double> toPercent(const QString& text)
     return number && *number >= 0.0 && *number <= 100.0 ? number : std::nullopt;
 }
 
+std::optional<double> toSigma(const QString& text)
+{
+    const auto number = toNumber(text);
+    return number && *number >= leastSigma && *number <= greatestSigma ? number : std::nullopt;
+}
+
 std::optional<int> toCount(const QString& text)
 {
     bool ok = false;
@@ -228,6 +238,7 @@ Options readOptions(Reader& reader)
     options.recordedDefaults.frequency = reader.value(frequencyName, tr("a frequency in Hz above 0"), toNumberAbove0);
     options.recordedDefaults.level = reader.value(levelName, tr("a level in dBµV"), toNumber);
     options.recordedDefaults.quality = reader.value(qualityName, tr("a number of percent from 0 to 100"), toPercent);
+    options.recordedDefaults.sigma = reader.value(sigmaName, tr("a number of degrees from 0.000001 to 180"), toSigma);
     options.recordedDefaults.time = reader.value(timeName, tr("a time of day as HH:MM:SS"), toTimeOfDay);
     return options;
 }
@@ -238,7 +249,7 @@ void checkConflicts(Reader& reader)
     reader.excludes(seedName, {recordingName});
     reader.excludes(shotsName, {cyclicName});
     reader.excludes(offlineName, {shotsName, cyclicName, scenarioName, recordingName, seedName, recordName});
-    for (const QString& name : {frequencyName, levelName, qualityName, timeName})
+    for (const QString& name : {frequencyName, levelName, qualityName, sigmaName, timeName})
         reader.needs(name, recordingName);
     reader.needs(jsonName, headlessName);
 }

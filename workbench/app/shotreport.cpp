@@ -117,6 +117,8 @@ StationReport readStation(const ResultValues& result, const values::SelectionIte
 
 const QString missing = QStringLiteral("---");
 
+constexpr double ellipseProbability = 0.95;
+
 template <typename T, typename Format>
 QString orMissing(const std::optional<T>& value, Format format)
 {
@@ -136,6 +138,29 @@ QString nonEmpty(const std::optional<QString>& text)
 QString position(const std::optional<double>& latitude, const std::optional<double>& longitude)
 {
     return latitude && longitude ? fixed(6, "")(*latitude) + QLatin1String(", ") + fixed(6, "")(*longitude) : missing;
+}
+
+/// What is known of the fix that the values show.
+const Fix* fixOf(const ShotReport& shot)
+{
+    const bool isShown = shot.averageLatitude && shot.averageLongitude;
+    return isShown && shot.located ? std::get_if<Fix>(&*shot.located) : nullptr;
+}
+
+/// Why there is no fix; empty when there is one or nobody says.
+QString noFixReason(const ShotReport& shot)
+{
+    const auto* const reason = shot.located ? std::get_if<QString>(&*shot.located) : nullptr;
+    return reason != nullptr ? *reason : QString();
+}
+
+QString ellipseText(const Fix& fix)
+{
+    const ErrorEllipse ellipse = confidenceEllipse(fix.covariance, ellipseProbability);
+    return tr("semi-axes %1 m and %2 m, major axis at %3°")
+        .arg(ellipse.semiMajor, 0, 'f', 0)
+        .arg(ellipse.semiMinor, 0, 'f', 0)
+        .arg(ellipse.azimuth, 0, 'f', 1);
 }
 
 QString errorText(int code)
@@ -222,6 +247,27 @@ QJsonObject stationJson(const StationReport& station)
             {QStringLiteral("longitude"), orNull(station.longitude)}};
 }
 
+QJsonValue ellipseJson(const Fix& fix)
+{
+    const ErrorEllipse ellipse = confidenceEllipse(fix.covariance, ellipseProbability);
+    return QJsonObject{{QStringLiteral("probability"), ellipseProbability},
+                       {QStringLiteral("semiMajor"), ellipse.semiMajor},
+                       {QStringLiteral("semiMinor"), ellipse.semiMinor},
+                       {QStringLiteral("azimuth"), ellipse.azimuth}};
+}
+
+QJsonValue fixJson(const ShotReport& shot)
+{
+    if (!shot.averageLatitude || !shot.averageLongitude)
+        return {};
+    const Fix* const fix = fixOf(shot);
+    return QJsonObject{{QStringLiteral("latitude"), *shot.averageLatitude},
+                       {QStringLiteral("longitude"), *shot.averageLongitude},
+                       {QStringLiteral("ellipse"), fix ? ellipseJson(*fix) : QJsonValue()},
+                       {QStringLiteral("chiSquare"), fix ? QJsonValue(fix->chiSquare) : QJsonValue()},
+                       {QStringLiteral("degreesOfFreedom"), fix ? QJsonValue(fix->degreesOfFreedom) : QJsonValue()}};
+}
+
 } // namespace
 
 ShotReport readShot(const QToolBar* toolBar, const QString& resultPath)
@@ -261,7 +307,13 @@ QString shotTable(int number, const ShotReport& shot)
     line(tr("Result time (UTC)"), nonEmpty(shot.resultTime));
     line(tr("Frequency"), orMissing(shot.frequency, fixed(0, " Hz")));
     line(tr("Quality threshold"), orMissing(shot.qualityThreshold, percent));
-    line(tr("Fix"), position(shot.averageLatitude, shot.averageLongitude));
+    const QString reason = noFixReason(shot);
+    line(tr("Fix"), reason.isEmpty() ? position(shot.averageLatitude, shot.averageLongitude) : reason);
+    if (const Fix* const fix = fixOf(shot)) {
+        line(tr("Error ellipse (95 %)"), ellipseText(*fix));
+        line(tr("Chi-square"),
+             tr("%1, degrees of freedom: %2").arg(fix->chiSquare, 0, 'f', 2).arg(fix->degreesOfFreedom));
+    }
     return text + QLatin1Char('\n') + stationTable(shot.stations) + QLatin1Char('\n');
 }
 
@@ -274,17 +326,14 @@ QJsonObject shotJson(int number, const ShotReport& shot)
                               {QStringLiteral("averageBearing"), orNull(shot.averageBearing)},
                               {QStringLiteral("averageQuality"), orNull(shot.averageQuality)},
                               {QStringLiteral("locationFindingTime"), orNull(shot.locationFindingTime)}};
-    QJsonValue fix;
-    if (shot.averageLatitude && shot.averageLongitude) {
-        fix = QJsonObject{{QStringLiteral("latitude"), *shot.averageLatitude},
-                          {QStringLiteral("longitude"), *shot.averageLongitude}};
-    }
+    const QString reason = noFixReason(shot);
     return {{QStringLiteral("shot"), number},
             {QStringLiteral("widgets"), widgets},
             {QStringLiteral("resultTime"), shot.resultTime.isEmpty() ? QJsonValue() : QJsonValue(shot.resultTime)},
             {QStringLiteral("frequency"), orNull(shot.frequency)},
             {QStringLiteral("qualityThreshold"), orNull(shot.qualityThreshold)},
-            {QStringLiteral("fix"), fix},
+            {QStringLiteral("fix"), fixJson(shot)},
+            {QStringLiteral("noFix"), reason.isEmpty() ? QJsonValue() : QJsonValue(reason)},
             {QStringLiteral("stations"), stations}};
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "drivers/onlinefix.h"
+
 #include <QJsonArray>
 #include <QString>
 
@@ -38,6 +40,9 @@ struct ShotReport
     /// The fix; nothing as long as the value is not in use.
     std::optional<double> averageLatitude;
     std::optional<double> averageLongitude;
+    /// What the driver knows of the fix beyond its position, or why there is none. It is in no value: whoever has a
+    /// driver puts it here.
+    std::optional<LocateResult> located;
     std::vector<StationReport> stations; ///< in the order of the stations' list
 };
 

@@ -53,7 +53,7 @@ void TestOptions::withoutArgumentsEverythingHasItsDefault()
                  options.recordFile + options.parameterSetFolder,
              QString());
     QVERIFY(!options.recordedDefaults.frequency && !options.recordedDefaults.level &&
-            !options.recordedDefaults.quality && !options.recordedDefaults.time);
+            !options.recordedDefaults.quality && !options.recordedDefaults.sigma && !options.recordedDefaults.time);
 }
 
 void TestOptions::everySwitchIsRead()
@@ -93,12 +93,13 @@ void TestOptions::everyFileIsRead()
 
 void TestOptions::settingsForARecordingAreRead()
 {
-    const CommandLine line = read(
-        {"--recording", "b.csv", "--frequency", "1.5e8", "--level", "-3.5", "--quality", "80", "--time", "07:08:09"});
+    const CommandLine line = read({"--recording", "b.csv", "--frequency", "1.5e8", "--level", "-3.5", "--quality", "80",
+                                   "--sigma", "2.5", "--time", "07:08:09"});
     QCOMPARE(line.errors, QStringList());
     QCOMPARE(line.options.recordedDefaults.frequency.value(), 1.5e8);
     QCOMPARE(line.options.recordedDefaults.level.value(), -3.5);
     QCOMPARE(line.options.recordedDefaults.quality.value(), 80.0);
+    QCOMPARE(line.options.recordedDefaults.sigma.value(), 2.5);
     QCOMPARE(line.options.recordedDefaults.time.value(), QTime(7, 8, 9));
 }
 
@@ -135,6 +136,8 @@ void TestOptions::limitsOfNumbersAreAccepted()
     QCOMPARE(read({"--seed", "18446744073709551615"}).options.seed, std::numeric_limits<quint64>::max());
     QCOMPARE(read({"--recording", "b", "--quality", "0"}).options.recordedDefaults.quality.value(), 0.0);
     QCOMPARE(read({"--recording", "b", "--quality", "100"}).options.recordedDefaults.quality.value(), 100.0);
+    QCOMPARE(read({"--recording", "b", "--sigma", "0.000001"}).options.recordedDefaults.sigma.value(), 0.000001);
+    QCOMPARE(read({"--recording", "b", "--sigma", "180"}).options.recordedDefaults.sigma.value(), 180.0);
     QCOMPARE(read({"--recording", "b", "--time", "23:59:59"}).options.recordedDefaults.time.value(), QTime(23, 59, 59));
 }
 
@@ -156,6 +159,7 @@ void TestOptions::aBadValueIsNamedWithOptionTextAndExpectation_data()
     rows("frequency", {"0", "-1", "inf", "high", "", "100 MHz"}, "a frequency in Hz above 0");
     rows("level", {"nan", "loud", "", "-inf"}, "a level in dBµV");
     rows("quality", {"-0.1", "100.1", "good", "", "80%"}, "a number of percent from 0 to 100");
+    rows("sigma", {"0", "0.0000009", "180.1", "-3", "nan", "", "3°"}, "a number of degrees from 0.000001 to 180");
     rows("time", {"24:00:00", "7:08:09", "07:08", "noon", "", "07:08:09Z"}, "a time of day as HH:MM:SS");
     rows("scenario", {""}, "the name of a file");
     rows("recording", {""}, "the name of a file");
@@ -172,7 +176,7 @@ void TestOptions::aBadValueIsNamedWithOptionTextAndExpectation()
     QFETCH(QString, text);
     QFETCH(QString, expected);
     QStringList arguments{QStringLiteral("--%1=%2").arg(option, text)};
-    if (QStringList{"frequency", "level", "quality", "time"}.contains(option))
+    if (QStringList{"frequency", "level", "quality", "sigma", "time"}.contains(option))
         arguments << "--recording"
                   << "b.csv";
     QCOMPARE(
@@ -222,6 +226,9 @@ void TestOptions::anOptionWithoutTheOneItNeedsIsRefused_data()
     QTest::newRow("quality") << "--quality=1"
                              << "quality"
                              << "recording";
+    QTest::newRow("sigma") << "--sigma=1"
+                           << "sigma"
+                           << "recording";
     QTest::newRow("time") << "--time=01:01:01"
                           << "time"
                           << "recording";
@@ -263,8 +270,8 @@ void TestOptions::helpNamesEveryOption()
     for (const char* const option :
          {"--headless", "--shots <N>", "--cyclic <SECONDS>", "--scenario <FILE>", "--recording <FILE>",
           "--component <LIB>", "--offline", "--seed <N>", "--trace", "--screenshot <FILE.png>", "--json",
-          "--record <FILE>", "--frequency <HZ>", "--level <DBUV>", "--quality <PERCENT>", "--time <HH:MM:SS>", "--help",
-          "--version"})
+          "--record <FILE>", "--frequency <HZ>", "--level <DBUV>", "--quality <PERCENT>", "--sigma <DEGREES>",
+          "--time <HH:MM:SS>", "--help", "--version"})
         QVERIFY2(line.informationText.contains(QLatin1String(option)), option);
 }
 

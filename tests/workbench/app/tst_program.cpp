@@ -5,6 +5,8 @@
 #include <QJsonObject>
 #include <QProcess>
 
+#include <cmath>
+
 namespace {
 
 struct Outcome
@@ -87,6 +89,9 @@ private slots:
     void whatARecordingDoesNotHoldIsTakenFromTheOptions();
     void moreShotsThanRecordedAreRefusedAtOnce();
     void aCyclicRecordingEndsWithItsLastShot();
+    void everyShotHasItsFixOrTheReason();
+    void theAccuracyOfRecordedBearingsIsTakenFromTheOptions();
+    void anOperatorCanDoWithoutAFix();
     void theSurveyIsShownBearingByBearing();
     void resultsAreRecorded();
     void aRecordFileThatCannotBeWrittenIsRefusedAtOnce();
@@ -367,6 +372,46 @@ void TestProgram::aCyclicRecordingEndsWithItsLastShot()
 }
 
 /// The recorded survey is no part of the repository: where there is none, the test says so.
+void TestProgram::everyShotHasItsFixOrTheReason()
+{
+    const Outcome outcome = run({"--headless", "--json", "--recording", m_recording, "--shots", "2"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    QCOMPARE(outcome.errors, QString()); // no warning that there is no locating
+    const QJsonObject first = outcome.json()[0].toObject();
+    const QJsonObject fix = first["fix"].toObject();
+    QVERIFY(std::abs(fix["latitude"].toDouble() - 36.812) < 0.003);
+    QVERIFY(std::abs(fix["longitude"].toDouble() + 121.771) < 0.003);
+    QVERIFY(fix["ellipse"].toObject()["semiMajor"].toDouble() > 100.0);
+    QCOMPARE(fix["degreesOfFreedom"].toInt(-1), 0);
+    QVERIFY(first["noFix"].isNull());
+    const QJsonObject second = outcome.json()[1].toObject();
+    QVERIFY(second["fix"].isNull());
+    QCOMPARE(second["noFix"].toString(),
+             QStringLiteral("No fix: it takes usable bearings from at least two different positions."));
+}
+
+void TestProgram::theAccuracyOfRecordedBearingsIsTakenFromTheOptions()
+{
+    const auto semiMajor = [this](const QStringList& options) {
+        const Outcome outcome = run(QStringList{"--headless", "--json", "--recording", m_recording} + options);
+        return outcome.json()[0].toObject()["fix"].toObject()["ellipse"].toObject()["semiMajor"].toDouble();
+    };
+    const double assumed = semiMajor({});
+    QVERIFY(assumed > 0.0);
+    QCOMPARE(semiMajor({"--sigma", "3"}), assumed);
+    QCOMPARE(semiMajor({"--sigma", "1.5"}), assumed / 2.0);
+}
+
+void TestProgram::anOperatorCanDoWithoutAFix()
+{
+    const Outcome outcome =
+        run({"--headless", "--json", "--recording", m_recording, "--set", "Type=No locate", "--shots", "1"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    const QJsonObject shot = outcome.json()[0].toObject();
+    QVERIFY(shot["fix"].isNull());
+    QCOMPARE(shot["noFix"].toString(), QStringLiteral("No fix: the locate type is not \"Online\"."));
+}
+
 void TestProgram::theSurveyIsShownBearingByBearing()
 {
     const QString folder = qEnvironmentVariable("DFLOCATE_SURVEY_DIR");
@@ -389,6 +434,9 @@ void TestProgram::theSurveyIsShownBearingByBearing()
     QStringList shown;
     const QJsonArray shots = outcome.json();
     for (const QJsonValue& shot : shots) {
+        const QJsonObject ellipse = shot.toObject()["fix"].toObject()["ellipse"].toObject();
+        QVERIFY(ellipse["semiMinor"].toDouble() > 0.0);
+        QVERIFY(ellipse["semiMajor"].toDouble() < 1000.0);
         const QJsonArray stations = shot.toObject()["stations"].toArray();
         for (const QJsonValue& station : stations) {
             shown << QString::number(shot.toObject()["shot"].toInt()) + ' ' + station.toObject()["name"].toString() +

@@ -12,6 +12,8 @@
 #include <QLabel>
 #include <QToolBar>
 
+#include <cmath>
+
 using testsupport::FreshTree;
 using workbench::ShotReport;
 
@@ -24,6 +26,17 @@ void addSelection(const FreshTree& tree, const char* name, const std::vector<std
     auto* const selection = tree.add<values::ValueSelection>(root + QLatin1String(name));
     for (const auto& [key, text] : items)
         selection->AddItem(QString::fromUtf8(text), 0.0, key);
+}
+
+/// A one-sigma ellipse of 300 m by 200 m, its major axis due north-east.
+workbench::Fix someFix()
+{
+    workbench::Fix fix;
+    fix.position = {48.3, 11.25};
+    fix.covariance = {65000.0, 65000.0, 25000.0};
+    fix.chiSquare = 1.5475;
+    fix.degreesOfFreedom = 2;
+    return fix;
 }
 
 /// Two stations: one with a bearing, one without.
@@ -70,9 +83,14 @@ private slots:
     void valuesOfAnotherKindAreAbsent();
     void theTableIsAligned();
     void theTableShowsMissingThingsAsDashes();
+    void theTableTellsTheErrorOfAFix();
+    void theTableTellsWhyThereIsNoFix();
     void everyErrorCodeHasItsText_data();
     void everyErrorCodeHasItsText();
     void jsonHasNumbersAsNumbersAndMissingThingsAsNull();
+    void jsonTellsTheErrorOfAFix();
+    void jsonTellsWhyThereIsNoFix();
+    void aFixThatTheValuesDoNotShowIsNone();
     void jsonOfNothingIsAllNull();
 };
 
@@ -201,6 +219,29 @@ void TestShotReport::theTableShowsMissingThingsAsDashes()
                                                     "\n"));
 }
 
+void TestShotReport::theTableTellsTheErrorOfAFix()
+{
+    ShotReport shot;
+    shot.averageLatitude = 48.3;
+    shot.averageLongitude = 11.25;
+    shot.located = someFix();
+    const QString expected =
+        QString::fromUtf8("  Fix                   48.300000, 11.250000\n"
+                          "  Error ellipse (95 %)  semi-axes 734 m and 490 m, major axis at 45.0°\n"
+                          "  Chi-square            1.55, degrees of freedom: 2\n"
+                          "\n");
+    const QString table = workbench::shotTable(1, shot);
+    QVERIFY2(table.contains(expected), qPrintable(table));
+}
+
+void TestShotReport::theTableTellsWhyThereIsNoFix()
+{
+    ShotReport shot;
+    shot.located = QStringLiteral("No fix: fog.");
+    const QString table = workbench::shotTable(1, shot);
+    QVERIFY2(table.contains(QStringLiteral("  Fix                   No fix: fog.\n\n")), qPrintable(table));
+}
+
 void TestShotReport::everyErrorCodeHasItsText_data()
 {
     QTest::addColumn<int>("code");
@@ -237,7 +278,9 @@ void TestShotReport::jsonHasNumbersAsNumbersAndMissingThingsAsNull()
             "widgets": { "directionFinder": "North Hill", "averageBearing": "278.4°", "averageQuality": "87%",
                          "locationFindingTime": "09:08:09" },
             "resultTime": "2024-05-06 07:08:09", "frequency": 98500000, "qualityThreshold": 30,
-            "fix": { "latitude": 48.3, "longitude": 11.25 },
+            "fix": { "latitude": 48.3, "longitude": 11.25, "ellipse": null, "chiSquare": null,
+                     "degreesOfFreedom": null },
+            "noFix": null,
             "stations": [
               { "key": 4, "name": "North Hill", "azimuth": 278.4, "quality": 87, "level": 34.1, "error": null,
                 "latitude": 48.25, "longitude": -11.5 },
@@ -248,13 +291,53 @@ void TestShotReport::jsonHasNumbersAsNumbersAndMissingThingsAsNull()
     QCOMPARE(workbench::shotJson(2, workbench::readShot(&toolBar, root)), expected);
 }
 
+void TestShotReport::jsonTellsTheErrorOfAFix()
+{
+    ShotReport shot;
+    shot.averageLatitude = 48.3;
+    shot.averageLongitude = 11.25;
+    shot.located = someFix();
+    const QJsonObject json = workbench::shotJson(1, shot);
+    QVERIFY(json.value("noFix").isNull());
+    const QJsonObject fix = json.value("fix").toObject();
+    QCOMPARE(fix.keys(), QStringList({"chiSquare", "degreesOfFreedom", "ellipse", "latitude", "longitude"}));
+    QCOMPARE(fix.value("chiSquare").toDouble(), 1.5475);
+    QCOMPARE(fix.value("degreesOfFreedom").toInt(), 2);
+    const QJsonObject ellipse = fix.value("ellipse").toObject();
+    QCOMPARE(ellipse.keys(), QStringList({"azimuth", "probability", "semiMajor", "semiMinor"}));
+    QCOMPARE(ellipse.value("probability").toDouble(), 0.95);
+    const double factor = std::sqrt(-2.0 * std::log(0.05));
+    QCOMPARE(ellipse.value("semiMajor").toDouble(), 300.0 * factor);
+    QCOMPARE(ellipse.value("semiMinor").toDouble(), 200.0 * factor);
+    QCOMPARE(ellipse.value("azimuth").toDouble(), 45.0);
+}
+
+void TestShotReport::jsonTellsWhyThereIsNoFix()
+{
+    ShotReport shot;
+    shot.located = QStringLiteral("No fix: fog.");
+    const QJsonObject json = workbench::shotJson(1, shot);
+    QVERIFY(json.value("fix").isNull());
+    QCOMPARE(json.value("noFix").toString(), QStringLiteral("No fix: fog."));
+}
+
+void TestShotReport::aFixThatTheValuesDoNotShowIsNone()
+{
+    ShotReport shot;
+    shot.located = someFix();
+    shot.averageLatitude = 48.3;
+    QVERIFY(workbench::shotJson(1, shot).value("fix").isNull());
+    QVERIFY(workbench::shotTable(1, shot).contains(QStringLiteral("  Fix                   ---\n\n")));
+}
+
 void TestShotReport::jsonOfNothingIsAllNull()
 {
     const QJsonObject expected = QJsonDocument::fromJson(R"({
         "shot": 1,
         "widgets": { "directionFinder": null, "averageBearing": null, "averageQuality": null,
                      "locationFindingTime": null },
-        "resultTime": null, "frequency": null, "qualityThreshold": null, "fix": null, "stations": [] })")
+        "resultTime": null, "frequency": null, "qualityThreshold": null, "fix": null, "noFix": null,
+        "stations": [] })")
                                      .object();
     QVERIFY(!expected.isEmpty());
     QCOMPARE(workbench::shotJson(1, {}), expected);
