@@ -3,6 +3,10 @@
 #include "support/testmain.h"
 #include "support/traces.h"
 
+#include "ztbase/observation.h"
+
+#include <list>
+
 using namespace workbench;
 
 Q_DECLARE_METATYPE(std::optional<workbench::DfMode>)
@@ -63,10 +67,9 @@ QStringList itemTexts(const ValueSelection* selection)
 QString answerTo(const QString& text)
 {
     testsupport::RecordingObserver observer;
-    settingsText()->AddObserver(&observer);
+    const Observation observation(*settingsText(), observer);
     toDriver()->SetValue(text, nullptr);
     const bool answered = QTest::qWaitFor([&] { return observer.count(ChangeContent) > 0; });
-    settingsText()->RemoveObserver(&observer);
     return answered ? settingsText()->GetValue() : QStringLiteral("no answer");
 }
 
@@ -161,13 +164,12 @@ void DfDriverSettingsTest::theLatestOfSeveralTextsIsAnsweredOnce()
 {
     const Bench bench;
     testsupport::RecordingObserver observer;
-    settingsText()->AddObserver(&observer);
+    const Observation observation(*settingsText(), observer);
     toDriver()->SetValue(element("Bandwidth", QStringLiteral("600")), nullptr);
     toDriver()->SetValue(text30kHz, nullptr);
     QTRY_COMPARE(settingsText()->GetValue(), text30kHz);
     QCoreApplication::processEvents();
     QCOMPARE(observer.codes, (std::vector<TChangeCode>{ChangeContent, ChangeExternal}));
-    settingsText()->RemoveObserver(&observer);
 }
 
 void DfDriverSettingsTest::theSameTextSentAgainIsAnsweredAgain()
@@ -184,24 +186,22 @@ void DfDriverSettingsTest::anAnswerIsAnnouncedOnceEvenWhenItIsTheSame()
     const Bench bench;
     answerTo(text30kHz);
     testsupport::RecordingObserver observer;
-    settingsText()->AddObserver(&observer);
+    const Observation observation(*settingsText(), observer);
     toDriver()->SetValue(text30kHz, nullptr);
     QTRY_COMPARE(observer.count(ChangeContent), 1);
     QCoreApplication::processEvents();
     QCOMPARE(observer.codes, (std::vector<TChangeCode>{ChangeContent, ChangeExternal}));
-    settingsText()->RemoveObserver(&observer);
 }
 
 void DfDriverSettingsTest::aDriverWithoutATextAnswersNothing()
 {
     const Bench bench;
     testsupport::RecordingObserver observer;
-    settingsText()->AddObserver(&observer);
+    const Observation observation(*settingsText(), observer);
     handlerValue<ValueSelection>("Config/Bandwidth")->Select(9);
     QTRY_COMPARE(global("DeviceDfBandwidth")->GetStringValue(), QStringLiteral("30.0 kHz"));
     QVERIFY(observer.codes.empty());
     QCOMPARE(toDriver()->GetValue(), QString());
-    settingsText()->RemoveObserver(&observer);
 }
 
 void DfDriverSettingsTest::whatTheDeviceCannotDoIsCorrected_data()
@@ -321,7 +321,7 @@ void DfDriverSettingsTest::aBadTextIsRefusedWithItsReason()
     const DfSettings before = bench.driver->settings();
     QSignalSpy refused(bench.driver.get(), &DfDriver::settingsRefused);
     testsupport::RecordingObserver observer;
-    settingsText()->AddObserver(&observer);
+    const Observation observation(*settingsText(), observer);
     toDriver()->SetValue(text, nullptr);
     QCoreApplication::processEvents();
     QCOMPARE(refused.count(), 1);
@@ -329,7 +329,6 @@ void DfDriverSettingsTest::aBadTextIsRefusedWithItsReason()
     QCOMPARE(settingsText()->GetValue(), text30kHz);
     QVERIFY(observer.codes.empty());
     QVERIFY(bench.driver->settings() == before);
-    settingsText()->RemoveObserver(&observer);
 }
 
 void DfDriverSettingsTest::aRefusalIsTracedWhenTracesAreOn()
@@ -447,15 +446,13 @@ void DfDriverSettingsTest::theTextIsAnsweredBeforeTheDeviceListsAreSet()
         if (code == ChangeContent)
             order += dynamic_cast<values::ValueBase*>(source)->GetName();
     });
-    settingsText()->AddObserver(&observer);
+    const Observation observation(*settingsText(), observer);
+    std::list<Observation> observations;
     for (const char* name : {"DeviceDfMode", "DeviceDfAveraging", "DeviceDfBandwidth"})
-        global(name)->AddObserver(&observer);
+        observations.emplace_back(*global(name), observer);
     toDriver()->SetValue(text30kHz, nullptr);
     QTRY_COMPARE(order.join(QLatin1Char(' ')),
                  QStringLiteral("DF_Settings DeviceDfBandwidth DeviceDfAveraging DeviceDfMode"));
-    settingsText()->RemoveObserver(&observer);
-    for (const char* name : {"DeviceDfMode", "DeviceDfAveraging", "DeviceDfBandwidth"})
-        global(name)->RemoveObserver(&observer);
 }
 
 void DfDriverSettingsTest::theQualityThresholdComesWithTheResult()
@@ -491,12 +488,14 @@ void DfDriverSettingsTest::theOtherDevicesListsArePublishedBeforeItIsReadyAgain(
         for (const char* name : {"DeviceDfBandwidth", "DeviceDfAveraging", "DeviceDfMode"})
             seen += itemTexts(global(name)).join(QLatin1Char(','));
     });
-    ready->AddObserver(&observer);
+    const Observation observation(*ready, observer);
     bench.driver->selectDevice(1);
-    ready->RemoveObserver(&observer);
     QCOMPARE(seen, (QStringList{QStringLiteral("0=1 kHz,1=25 kHz"), QStringLiteral("0=none,1=400 ms"),
                                 QStringLiteral("0=Gated,1=Normal")}));
     QCOMPARE(bench.driver->currentDevice(), 1);
+    QVERIFY(ready->GetValue());
+    ready->SetValue(false, nullptr);
+    bench.driver->selectDevice(0);
     QVERIFY(ready->GetValue());
 }
 
@@ -505,13 +504,12 @@ void DfDriverSettingsTest::noContentOfAListIsAnnouncedWhenTheDeviceChanges()
     // Whoever mirrors a list would look for the new text in its old items.
     const Bench bench(sourceWithTwoDevices());
     testsupport::RecordingObserver observer;
+    std::list<Observation> observations;
     for (const char* name : {"DeviceDfMode", "DeviceDfAveraging", "DeviceDfBandwidth"})
-        global(name)->AddObserver(&observer);
+        observations.emplace_back(*global(name), observer);
     bench.driver->selectDevice(1);
     QCoreApplication::processEvents();
     QCOMPARE(observer.codes, (std::vector<TChangeCode>{ChangeItems, ChangeItems, ChangeItems}));
-    for (const char* name : {"DeviceDfMode", "DeviceDfAveraging", "DeviceDfBandwidth"})
-        global(name)->RemoveObserver(&observer);
 }
 
 void DfDriverSettingsTest::anotherDeviceCorrectsWhatIsInForce()
@@ -553,12 +551,10 @@ void DfDriverSettingsTest::theSameDeviceAgainChangesNothing()
     const Bench bench(sourceWithTwoDevices());
     testsupport::RecordingObserver observer;
     auto* ready = global<BoolValue>("DfDeviceReady");
-    ready->AddObserver(&observer);
-    global("DeviceDfBandwidth")->AddObserver(&observer);
+    const Observation observation(*ready, observer);
+    const Observation ofBandwidths(*global("DeviceDfBandwidth"), observer);
     bench.driver->selectDevice(0);
     QVERIFY(observer.codes.empty());
-    ready->RemoveObserver(&observer);
-    global("DeviceDfBandwidth")->RemoveObserver(&observer);
 }
 
 void DfDriverSettingsTest::theDriverMayBeDeletedWhileItTakesOrAnswersATextOrChangesTheDevice_data()
