@@ -13,6 +13,7 @@ build_packages=(
   cmake
   libgeographiclib-dev
   libqt5sql5-sqlite
+  libqt5svg5-dev
   ninja-build
   pkg-config
   qtbase5-dev

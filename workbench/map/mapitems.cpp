@@ -1,0 +1,141 @@
+#include "map/mapitems.h"
+
+#include <QApplication>
+#include <QFontMetricsF>
+#include <QPainter>
+#include <QPen>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace workbench {
+
+namespace {
+
+constexpr double signRadius = 6.0; // pixels, like all sizes of signs
+constexpr double markRadius = 11.0;
+constexpr double textDistance = 14.0;
+
+QFont signFont()
+{
+    return QApplication::font();
+}
+
+double distanceToSegment(const QPointF& point, const QPointF& from, const QPointF& to)
+{
+    const QPointF along = to - from;
+    const double squaredLength = QPointF::dotProduct(along, along);
+    const double share =
+        squaredLength > 0.0 ? std::clamp(QPointF::dotProduct(point - from, along) / squaredLength, 0.0, 1.0) : 0.0;
+    const QPointF off = point - (from + along * share);
+    return std::hypot(off.x(), off.y());
+}
+
+} // namespace
+
+MapSign::MapSign(Shape shape, MapLayer layer)
+    : m_shape(shape)
+{
+    setFlag(ItemIgnoresTransformations);
+    setZValue(layer);
+}
+
+void MapSign::setText(const QString& text)
+{
+    if (text == m_text)
+        return;
+    prepareGeometryChange();
+    m_text = text;
+}
+
+void MapSign::setColors(const QColor& sign, const QColor& text, const QColor& ground)
+{
+    m_color = sign;
+    m_textColor = text;
+    m_ground = ground;
+    update();
+}
+
+void MapSign::setMarked(bool marked)
+{
+    m_isMarked = marked;
+    update();
+}
+
+QRectF MapSign::boundingRect() const
+{
+    const QFontMetricsF font(signFont());
+    const double halfHeight = std::max(markRadius + 2.0, font.height());
+    return {-markRadius - 2.0, -halfHeight, markRadius + textDistance + font.horizontalAdvance(m_text) + 8.0,
+            2.0 * halfHeight};
+}
+
+void MapSign::paint(QPainter* painter, const QStyleOptionGraphicsItem* /*option*/, QWidget* /*widget*/)
+{
+    painter->setRenderHint(QPainter::Antialiasing);
+    if (m_isMarked) {
+        painter->setPen(QPen(m_color, 2.0));
+        painter->setBrush(Qt::NoBrush);
+        painter->drawEllipse(QPointF(), markRadius, markRadius);
+    }
+    if (m_shape == Shape::Station) {
+        painter->setPen(QPen(m_ground, 1.0));
+        painter->setBrush(m_color);
+        painter->drawPolygon(QPolygonF({{0.0, -signRadius}, {signRadius, signRadius}, {-signRadius, signRadius}}));
+    } else {
+        painter->setPen(QPen(m_color, 2.0));
+        painter->setBrush(Qt::NoBrush);
+        painter->drawEllipse(QPointF(), signRadius, signRadius);
+        painter->drawLine(QPointF(-signRadius, 0.0), QPointF(signRadius, 0.0));
+        painter->drawLine(QPointF(0.0, -signRadius), QPointF(0.0, signRadius));
+    }
+    // A rim in the colour of the ground keeps the text readable on lines.
+    QPainterPath letters;
+    letters.addText(textDistance, -signRadius / 2.0, signFont(), m_text);
+    painter->strokePath(letters, QPen(m_ground, 3.0, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter->fillPath(letters, m_textColor);
+}
+
+EllipseItem::EllipseItem()
+{
+    setZValue(EllipseLayer);
+}
+
+BearingItem::BearingItem(int stationId, qint64 time, bool isLatest)
+    : m_stationId(stationId)
+    , m_time(time)
+    , m_isLatest(isLatest)
+{
+    setZValue(isLatest ? BearingLayer : EarlierLayer);
+}
+
+void BearingItem::setLine(const QPolygonF& line)
+{
+    m_line = line;
+    QPainterPath path;
+    path.addPolygon(line);
+    setPath(path);
+}
+
+double BearingItem::distanceTo(const QPointF& point) const
+{
+    double least = std::numeric_limits<double>::infinity();
+    for (int i = 1; i < m_line.size(); ++i)
+        least = std::min(least, distanceToSegment(point, m_line[i - 1], m_line[i]));
+    return least;
+}
+
+void BearingItem::setLook(MapUse use, const QColor& color, bool marked)
+{
+    m_isMarked = marked;
+    const double width = marked ? 3.5 : m_isLatest ? 1.8 : 1.0;
+    const Qt::PenStyle style = use == MapUse::Used             ? Qt::SolidLine
+                               : use == MapUse::BelowThreshold ? Qt::DashLine
+                                                               : Qt::DotLine;
+    QPen pen(color, width, style);
+    pen.setCosmetic(true);
+    setPen(pen);
+}
+
+} // namespace workbench

@@ -1,0 +1,132 @@
+#pragma once
+
+#include "map/mapcolors.h"
+#include "map/mapmodel.h"
+
+#include <QGraphicsItem>
+#include <QGraphicsPathItem>
+
+namespace workbench {
+
+/// What stands above what.
+enum MapLayer
+{
+    EarlierLayer,
+    EllipseLayer,
+    BearingLayer,
+    StationLayer,
+    FixLayer
+};
+
+/// A sign of fixed size on the screen with a text beside it.
+class MapSign : public QGraphicsItem
+{
+public:
+    enum class Shape
+    {
+        Station, ///< a triangle
+        Fix,     ///< a circle with a cross
+    };
+
+    MapSign(Shape shape, MapLayer layer);
+
+    void setText(const QString& text);
+    [[nodiscard]] QString text() const { return m_text; }
+    void setColors(const QColor& sign, const QColor& text, const QColor& ground);
+    void setMarked(bool marked);
+    [[nodiscard]] bool isMarked() const { return m_isMarked; }
+
+    [[nodiscard]] QRectF boundingRect() const override;
+    void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
+
+private:
+    Shape m_shape;
+    QString m_text;
+    QColor m_color;
+    QColor m_textColor;
+    QColor m_ground;
+    bool m_isMarked = false;
+};
+
+class StationItem final : public MapSign
+{
+public:
+    enum
+    {
+        Type = QGraphicsItem::UserType + 1
+    };
+
+    explicit StationItem(int stationId)
+        : MapSign(Shape::Station, StationLayer)
+        , m_stationId(stationId)
+    {
+    }
+    [[nodiscard]] int type() const override { return Type; }
+    [[nodiscard]] int stationId() const { return m_stationId; }
+
+private:
+    int m_stationId;
+};
+
+class FixItem final : public MapSign
+{
+public:
+    enum
+    {
+        Type = QGraphicsItem::UserType + 2
+    };
+
+    FixItem()
+        : MapSign(Shape::Fix, FixLayer)
+    {
+    }
+    [[nodiscard]] int type() const override { return Type; }
+};
+
+/// Where the fix lies with the stated probability.
+class EllipseItem final : public QGraphicsPathItem
+{
+public:
+    enum
+    {
+        Type = QGraphicsItem::UserType + 3
+    };
+
+    EllipseItem();
+    [[nodiscard]] int type() const override { return Type; }
+};
+
+/// A line of bearing.
+class BearingItem final : public QGraphicsPathItem
+{
+public:
+    enum
+    {
+        Type = QGraphicsItem::UserType + 4
+    };
+
+    /// @p time by the model's clock; @p isLatest: of the latest result.
+    BearingItem(int stationId, qint64 time, bool isLatest);
+    [[nodiscard]] int type() const override { return Type; }
+    [[nodiscard]] int stationId() const { return m_stationId; }
+    [[nodiscard]] qint64 time() const { return m_time; }
+    [[nodiscard]] bool isLatest() const { return m_isLatest; }
+
+    void setLine(const QPolygonF& line);
+    [[nodiscard]] const QPolygonF& line() const { return m_line; }
+    /// m on the map from @p point to the nearest point of the line.
+    [[nodiscard]] double distanceTo(const QPointF& point) const;
+
+    /// Full when it is part of the fix, dashed when its quality is too low, else dotted.
+    void setLook(MapUse use, const QColor& color, bool marked);
+    [[nodiscard]] bool isMarked() const { return m_isMarked; }
+
+private:
+    int m_stationId;
+    qint64 m_time;
+    bool m_isLatest;
+    bool m_isMarked = false;
+    QPolygonF m_line;
+};
+
+} // namespace workbench
