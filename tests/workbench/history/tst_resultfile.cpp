@@ -687,6 +687,24 @@ private slots:
         QVERIFY2(sentence.contains(QStringLiteral("no such table: station_result")), qPrintable(sentence));
     }
 
+    void anAnswerThatBreaksOffIsAFailure()
+    {
+        fill(3);
+        ResultFile file(path(), {});
+        {
+            // Reading the oldest result, which comes last, overflows.
+            const OtherConnection other(path());
+            other.run(QStringLiteral("ALTER TABLE result RENAME TO kept"));
+            other.run(QStringLiteral("CREATE VIEW result AS SELECT id, time, abs(-9223372036854775808 + id - 1)"
+                                     " AS frequency, truth_name, truth_latitude, truth_longitude FROM kept"));
+        }
+        const QString sentence = sentenceOf([&] { find(file, everything()); });
+        QVERIFY2(sentence.startsWith(path() + QStringLiteral(": cannot be read: ")), qPrintable(sentence));
+        ResultQuery newest;
+        newest.limit = 1;
+        QCOMPARE(find(file, newest).results.size(), std::size_t(1));
+    }
+
     void aFailedResultLeavesNothingOfItself()
     {
         ResultFile file(path(), {});

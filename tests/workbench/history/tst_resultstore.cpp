@@ -339,10 +339,28 @@ private slots:
         other.run(QStringLiteral("BEGIN EXCLUSIVE"));
         QVERIFY(observed.store.store(resultOfSeries(1)));
         QVERIFY(observed.store.store(resultOfSeries(2)));
+        QTRY_COMPARE(observed.failures, QStringList{locked("written")});
         QVERIFY(!observed.store.close());
         QCOMPARE(observed.store.errorString(), locked("written") + QStringLiteral(" (2 results are lost)"));
         QVERIFY(!observed.store.close());
+        // Closing was one more attempt, for the same reason.
+        QCoreApplication::processEvents();
+        QCOMPARE(observed.failures.size(), 1);
         other.run(QStringLiteral("ROLLBACK"));
+    }
+
+    void closingTriesOnceMoreWhatCouldNotBeWritten()
+    {
+        ObservedStore observed(path());
+        QTRY_COMPARE(observed.opened, 1);
+        {
+            const OtherConnection other(path());
+            other.run(QStringLiteral("BEGIN EXCLUSIVE"));
+            QVERIFY(observed.store.store(resultOfSeries(1)));
+            QTRY_COMPARE(observed.failures, QStringList{locked("written")});
+        }
+        QVERIFY(observed.store.close());
+        QCOMPARE(frequencies(allOf(path())), ascending(1, 1));
     }
 
     void aClosedStoreStaysClosed()
