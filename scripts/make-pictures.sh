@@ -6,4 +6,4 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 scripts/install-packages.sh test
 scripts/with-display.sh ./run.sh --shots 3 --screenshot docs/pictures/workbench.png
 cmake --build --preset release --target guide-pictures
-QT_QPA_PLATFORM=offscreen build/release/bin/guide-pictures docs/pictures
+scripts/with-display.sh build/release/bin/guide-pictures docs/pictures
