@@ -7,6 +7,7 @@
 #include "app/userinputcontrol.h"
 #include "app/valuetreeview.h"
 #include "drivers/dfsource.h"
+#include "map/mapview.h"
 
 #include "devicecontrol/guicentral.h"
 #include "valuewidgets/undorecordingcontrolbase.h"
@@ -154,13 +155,16 @@ void MainWindow::addEditMenu()
     redo->setShortcuts(QKeySequence::Redo);
     menu->addAction(redo);
     menu->addSeparator();
-    menu->addAction(
-        tr("&Find value"), this,
-        [this] {
-            m_valueTreeView->filterEdit()->setFocus(Qt::ShortcutFocusReason);
-            m_valueTreeView->filterEdit()->selectAll();
-        },
-        QKeySequence::Find);
+    menu->addAction(tr("&Find value"), this, &MainWindow::findValue, QKeySequence::Find);
+}
+
+void MainWindow::findValue()
+{
+    auto* const dock = findChild<QDockWidget*>(QStringLiteral("ValueTreeDock"));
+    dock->show();
+    dock->raise(); // the map may lie on it
+    m_valueTreeView->filterEdit()->setFocus(Qt::ShortcutFocusReason);
+    m_valueTreeView->filterEdit()->selectAll();
 }
 
 void MainWindow::addViewMenu()
@@ -213,6 +217,8 @@ void MainWindow::focusNextArea(bool forward)
     if (current != areas.end())
         std::rotate(areas.begin(), std::next(current), areas.end());
     for (QWidget* const area : qAsConst(areas)) {
+        if (area->visibleRegion().isEmpty())
+            continue; // a dock behind another one counts as visible
         if (QWidget* const target = firstFocusWidget(area)) {
             target->setFocus(Qt::TabFocusReason);
             return;
@@ -266,6 +272,7 @@ void MainWindow::follow(Session& session)
         return;
     }
     addDeviceMenu(*driver);
+    addMap(*driver);
     m_driverName->setText(driver->source().name());
     connect(driver, &DfDriver::resultPublished, this, &MainWindow::showResult);
     connect(driver, &DfDriver::measurementFailed, this, &MainWindow::showMessage);
@@ -288,6 +295,25 @@ void MainWindow::addDeviceMenu(DfDriver& driver)
         connect(action, &QAction::triggered, &driver, [&driver, index] { driver.selectDevice(index); });
         ++index;
     }
+}
+
+void MainWindow::addMap(const DfDriver& driver)
+{
+    auto* const view = new MapView;
+    MapModel* const model = view->model();
+    model->setStations(driver.source().stations());
+    connect(&driver, &DfDriver::resultPublished, model, [model, &driver](const DfResult& result) {
+        model->setQualityThreshold(driver.settings().qualityThreshold);
+        model->addResult(result);
+    });
+    connect(view, &MapView::message, this, &MainWindow::showMessage);
+
+    auto* const dock = new QDockWidget(tr("Map"), this);
+    dock->setObjectName(QStringLiteral("MapDock"));
+    dock->setWidget(view);
+    tabifyDockWidget(findChild<QDockWidget*>(QStringLiteral("ValueTreeDock")), dock);
+    dock->raise();
+    addDockEntry(dock, tr("&Map"));
 }
 
 void MainWindow::offerParameterSets(Session& session, const QString& folder)

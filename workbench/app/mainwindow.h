@@ -61,6 +61,8 @@ private:
     void addHelpMenu();
     void addInputModeMenu(Session& session);
     void addDeviceMenu(DfDriver& driver);
+    void addMap(const DfDriver& driver);
+    void findValue();
     void addDockEntry(QDockWidget* dock, const QString& text);
     void addFocusKeys();
     void focusNextArea(bool forward);

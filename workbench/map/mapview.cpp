@@ -103,7 +103,7 @@ QWidget* MapView::controls()
         layout->addWidget(button);
         return button;
     };
-    addButton("MapFit", tr("&Fit"), tr("Show all stations and the fix (F)"), [this] { m_canvas->fit(); });
+    addButton("MapFit", tr("Fit"), tr("Show all stations and the fix (F)"), [this] { m_canvas->fit(); });
     addButton("MapZoomIn", tr("Zoom in"), tr("Show less, larger (+)"), [this] { m_canvas->zoomIn(); });
     addButton("MapZoomOut", tr("Zoom out"), tr("Show more, smaller (-)"), [this] { m_canvas->zoomOut(); });
 
@@ -116,7 +116,7 @@ QWidget* MapView::controls()
     sigma->setToolTip(tr("Standard deviation of bearings of which no station states it"));
     sigma->setValue(m_model->assumedSigma());
     connect(sigma, QOverload<double>::of(&QDoubleSpinBox::valueChanged), m_model, &MapModel::setAssumedSigma);
-    auto* const sigmaLabel = new QLabel(tr("&Assumed bearing error"));
+    auto* const sigmaLabel = new QLabel(tr("Assumed bearing error"));
     sigmaLabel->setBuddy(sigma);
 
     auto* const probability = new QComboBox;
@@ -127,7 +127,7 @@ QWidget* MapView::controls()
     probability->setCurrentIndex(probability->findData(m_model->probability()));
     connect(probability, QOverload<int>::of(&QComboBox::currentIndexChanged), m_model,
             [this, probability](int index) { m_model->setProbability(probability->itemData(index).toDouble()); });
-    auto* const probabilityLabel = new QLabel(tr("E&llipse"));
+    auto* const probabilityLabel = new QLabel(tr("Ellipse"));
     probabilityLabel->setBuddy(probability);
 
     layout->addStretch(1);
@@ -135,8 +135,8 @@ QWidget* MapView::controls()
                                   static_cast<QWidget*>(probabilityLabel), static_cast<QWidget*>(probability)})
         layout->addWidget(widget);
     layout->addStretch(1);
-    m_copyFix = addButton("MapCopyFix", tr("&Copy fix"), tr("Copy the coordinates of the fix"), &MapView::copyFix);
-    addButton("MapExport", tr("&Export …"), tr("Save the picture, the results or the positions"), &MapView::exportAs);
+    m_copyFix = addButton("MapCopyFix", tr("Copy fix"), tr("Copy the coordinates of the fix"), &MapView::copyFix);
+    addButton("MapExport", tr("Export …"), tr("Save the picture, the results or the positions"), &MapView::exportAs);
     return bar;
 }
 

@@ -8,6 +8,7 @@
 #include "app/valuetreemodel.h"
 #include "app/valuetreeview.h"
 #include "fakesource.h"
+#include "map/mapview.h"
 
 #include "devicecontrol/guicentral.h"
 #include "support/freshtree.h"
@@ -89,6 +90,10 @@ private slots:
     void theInputModeIsChosenInTheMenu();
     void theDevicesOfTheNetworkAreInTheirMenu();
     void offlineThereAreNoDevices();
+    void theMapShowsTheStationsAndTheResultsOfTheDriver();
+    void theMapUsesTheQualityThresholdOfTheDriver();
+    void offlineThereIsNoMap();
+    void aValueIsFoundBehindTheMap();
     void theParameterSetsHaveADock();
     void everyMenuAndEntryHasItsKey();
     void theWindowIsQuitByKeyboard();
@@ -269,6 +274,62 @@ void TestMainWindow::offlineThereAreNoDevices()
     window.follow(session);
     for (const QAction* const menu : window.menuBar()->actions())
         QVERIFY(menu->text() != "&Device");
+}
+
+void TestMainWindow::theMapShowsTheStationsAndTheResultsOfTheDriver()
+{
+    const FreshTree tree;
+    MainWindow window;
+    auto session = std::make_unique<Session>(std::make_unique<FakeSource>());
+    window.follow(*session);
+    showActive(window);
+    auto* const map = window.findChild<workbench::MapView*>();
+    QVERIFY(map != nullptr);
+    QTRY_VERIFY(!map->visibleRegion().isEmpty());
+    QCOMPARE(map->model()->rowCount(), 2);
+    emit session->driver()->resultPublished(FakeSource::result());
+    QCOMPARE(map->model()->station(1)->azimuth, std::optional(278.4));
+    session.reset(); // may go first
+    QCOMPARE(map->model()->rowCount(), 2);
+}
+
+void TestMainWindow::theMapUsesTheQualityThresholdOfTheDriver()
+{
+    const FreshTree tree;
+    MainWindow window;
+    Session session(std::make_unique<FakeSource>());
+    window.follow(session);
+    auto* const threshold = dynamic_cast<values::IntValue*>(
+        values::Tree::Instance()->FindValue(workbench::handlerRoot() + "Config/Quality"));
+    QVERIFY(threshold != nullptr);
+    threshold->SetState(values::StateOrdinary, nullptr);
+    threshold->SetValue(90, nullptr);
+    emit session.driver()->resultPublished(FakeSource::result());
+    const workbench::MapModel* const model = window.findChild<workbench::MapView*>()->model();
+    QCOMPARE(model->qualityThreshold(), std::optional(90));
+    QCOMPARE(model->qualityThreshold(), session.driver()->settings().qualityThreshold);
+}
+
+void TestMainWindow::offlineThereIsNoMap()
+{
+    const FreshTree tree;
+    MainWindow window;
+    Session session(nullptr);
+    window.follow(session);
+    QCOMPARE(window.findChild<workbench::MapView*>(), nullptr);
+}
+
+void TestMainWindow::aValueIsFoundBehindTheMap()
+{
+    const FreshTree tree;
+    MainWindow window;
+    Session session(std::make_unique<FakeSource>());
+    window.follow(session);
+    showActive(window);
+    QTRY_VERIFY(window.valueTreeView()->visibleRegion().isEmpty()); // a dock behind another one is not hidden
+    QTest::keyClick(&window, Qt::Key_F, Qt::ControlModifier);
+    QTRY_COMPARE(QApplication::focusWidget(), window.valueTreeView()->filterEdit());
+    QTRY_VERIFY(!window.valueTreeView()->visibleRegion().isEmpty());
 }
 
 void TestMainWindow::theParameterSetsHaveADock()
