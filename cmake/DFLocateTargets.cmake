@@ -26,6 +26,8 @@ add_link_options(-Wl,--as-needed -Wl,-z,defs)
 option(DFLOCATE_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
 if(DFLOCATE_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  # The checks that the sanitizers add keep the compiler from seeing that a variant or optional was set.
+  add_compile_options(-Wno-maybe-uninitialized)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
