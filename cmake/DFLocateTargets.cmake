@@ -51,6 +51,7 @@ endfunction()
 #          [REAL_DISPLAY])
 #
 # One test program, run by CTest: without a display, or with REAL_DISPLAY in an X display of its own with a window manager.
+# It has no session bus: Qt's platform themes would start one, and the program may end in the middle of that.
 function(dfl_test name)
   cmake_parse_arguments(ARG "REAL_DISPLAY" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT;LABELS" ${ARGN})
   if(NOT ARG_TIMEOUT)
@@ -71,6 +72,6 @@ function(dfl_test name)
     PROPERTIES TIMEOUT ${ARG_TIMEOUT}
                LABELS "${ARG_LABELS}"
                ENVIRONMENT
-               "QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0;${ARG_ENVIRONMENT}"
+               "QT_QPA_PLATFORM=${platform};LC_ALL=C.UTF-8;DBUS_SESSION_BUS_ADDRESS=disabled:;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0;${ARG_ENVIRONMENT}"
   )
 endfunction()
