@@ -2,6 +2,7 @@
 # Installs the Debian packages this project needs, and only those that are missing.
 #
 #   scripts/install-packages.sh build   what building and running the workbench needs
+#   scripts/install-packages.sh bench   the same, and what the benchmarks need
 #   scripts/install-packages.sh test    the same, and what the test suite needs
 #
 # Works as root or with sudo. Says what it installs; prints nothing when everything is there.
@@ -22,6 +23,10 @@ build_packages=(
   qttools5-dev-tools
   fonts-dejavu-core
 )
+bench_packages=(
+  libbenchmark-dev
+  libboost1.74-dev
+)
 test_packages=(
   binutils
   clang-format
@@ -33,9 +38,10 @@ test_packages=(
 packages=("${build_packages[@]}")
 case "${1:-build}" in
   build) ;;
-  test) packages+=("${test_packages[@]}") ;;
+  bench) packages+=("${bench_packages[@]}") ;;
+  test) packages+=("${bench_packages[@]}" "${test_packages[@]}") ;;
   *)
-    echo "usage: $0 [build|test]" >&2
+    echo "usage: $0 [build|bench|test]" >&2
     exit 2
     ;;
 esac
