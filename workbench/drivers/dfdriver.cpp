@@ -25,8 +25,8 @@ using values::IntValue;
 using values::StringValue;
 using values::ValueSelection;
 
-constexpr QLatin1String globalRoot("/GLOBAL/");
-constexpr QLatin1String hriStatusPath("/DRV/DRIVER/DFLOCATE/LocateHRIStatus");
+const QLatin1String globalRoot("/GLOBAL/");
+const QLatin1String hriStatusPath("/DRV/DRIVER/DFLOCATE/LocateHRIStatus");
 
 /// At most one result a frame is written: more nobody can see.
 constexpr int frameMs = 16;

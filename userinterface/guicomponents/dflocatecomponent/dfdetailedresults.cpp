@@ -25,7 +25,7 @@ namespace {
 constexpr int nameColumnWidth = 80;
 
 // Not a literal QString: the host may keep traces for longer than this library is loaded.
-constexpr QLatin1String sourceFile("userinterface/guicomponents/dflocatecomponent/dfdetailedresults");
+const QLatin1String sourceFile("userinterface/guicomponents/dflocatecomponent/dfdetailedresults");
 
 /// The item of the station with @p key; null without a selection or such an item.
 const values::SelectionItem* itemOf(const values::ValueSelection* selection, int key)

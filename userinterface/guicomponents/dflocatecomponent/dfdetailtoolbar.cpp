@@ -32,7 +32,7 @@ constexpr int numberLabelWidth = 36;
 constexpr int timeLabelWidth = 60;
 
 // Not a literal QString: the host may keep traces for longer than this library is loaded.
-constexpr QLatin1String sourceFile("userinterface/guicomponents/dflocatecomponent/dfdetailtoolbar");
+const QLatin1String sourceFile("userinterface/guicomponents/dflocatecomponent/dfdetailtoolbar");
 
 /// The text of the current item followed directly by @p unit; "---" without selection or item.
 QString currentTextWithUnit(const values::ValueSelection* selection, const QString& unit)

@@ -23,13 +23,13 @@ namespace VelmarGui {
 namespace {
 
 // Handed over as copies: the host may keep them for longer than it keeps this library loaded.
-constexpr QLatin1String sourceFile("userinterface/guicomponents/dflocatecomponent/dflocatesettingswidget");
-constexpr QLatin1String parameterSetName("DF_Settings");
-constexpr QLatin1String deviceReadyName("DfDeviceReady");
-constexpr QLatin1String bandwidthField("Bandwidth");
-constexpr QLatin1String averagingField("Averaging");
-constexpr QLatin1String bandwidthEnumeration("enumBandwidth");
-constexpr QLatin1String averagingEnumeration("enumAveraging");
+const QLatin1String sourceFile("userinterface/guicomponents/dflocatecomponent/dflocatesettingswidget");
+const QLatin1String parameterSetName("DF_Settings");
+const QLatin1String deviceReadyName("DfDeviceReady");
+const QLatin1String bandwidthField("Bandwidth");
+const QLatin1String averagingField("Averaging");
+const QLatin1String bandwidthEnumeration("enumBandwidth");
+const QLatin1String averagingEnumeration("enumAveraging");
 
 constexpr int significantModeCharacters = 4;
 constexpr int comparedModeCharacters = 3;

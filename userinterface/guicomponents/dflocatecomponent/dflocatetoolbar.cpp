@@ -40,7 +40,7 @@ constexpr unsigned short externalSingleShotLine = 464;
 constexpr unsigned short externalCyclicLine = 469;
 /// @}
 
-constexpr QLatin1String triggerName("TriggerLocateStart");
+const QLatin1String triggerName("TriggerLocateStart");
 
 constexpr int noActivityKey = 0;
 constexpr int onlineKey = 1;
@@ -52,7 +52,7 @@ constexpr int labelWidth = 18;
 constexpr int spinWidth = 40;
 
 // Not a literal QString: the host may keep traces for longer than this library is loaded.
-constexpr QLatin1String sourceFile("userinterface/guicomponents/dflocatecomponent/dflocatetoolbar");
+const QLatin1String sourceFile("userinterface/guicomponents/dflocatecomponent/dflocatetoolbar");
 
 void trace(QLatin1String text, unsigned short line)
 {

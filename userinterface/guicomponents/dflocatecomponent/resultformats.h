@@ -10,7 +10,7 @@ class SelectionItem;
 namespace VelmarGui {
 
 /// Stands for what is not known or not to be shown.
-constexpr QLatin1String nothingToShow("---");
+const QLatin1String nothingToShow("---");
 
 /// A frequency of @p hz (Hz) with its unit, such as "433.92 MHz"; fractions of a Hz are cut off. The unit (Hz, kHz,
 /// MHz, GHz) goes by the size. Below 0 reads as 0, beyond 64 bits as the largest number of 64 bits.
