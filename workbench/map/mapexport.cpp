@@ -5,11 +5,9 @@
 #include "map/mapformats.h"
 #include "map/mapmodel.h"
 
-#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 #include <QStringList>
 #include <QXmlStreamWriter>
 
@@ -23,7 +21,7 @@ using geoshapes::Line;
 
 QString text(const std::optional<double>& number, int decimals)
 {
-    return number ? QString::number(*number, 'f', decimals) : QString();
+    return number ? fixedText(*number, decimals) : QString();
 }
 
 /// Degrees to a centimetre.
@@ -186,8 +184,8 @@ private:
     {
         QStringList tuples;
         for (const GeoPosition& position : line)
-            tuples += QString::number(std::remainder(position.longitude, 360.0), 'f', 7) + QLatin1Char(',') +
-                      QString::number(position.latitude, 'f', 7);
+            tuples += fixedText(std::remainder(position.longitude, 360.0), 7) + QLatin1Char(',') +
+                      fixedText(position.latitude, 7);
         m_xml.writeTextElement(QStringLiteral("coordinates"), tuples.join(QLatin1Char(' ')));
     }
 
@@ -197,36 +195,36 @@ private:
 
 QString bearingText(const MapStation& station)
 {
-    QStringList parts{QString::number(*station.azimuth, 'f', 1) + QStringLiteral("°")};
+    QStringList parts{azimuthText(*station.azimuth)};
     if (station.quality)
-        parts += QString::number(*station.quality, 'f', 0) + QStringLiteral(" %");
+        parts += fixedText(*station.quality, 0) + QStringLiteral(" %");
     if (station.level)
-        parts += QString::number(*station.level, 'f', 1) + QStringLiteral(" dBµV");
+        parts += fixedText(*station.level, 1) + QStringLiteral(" dBµV");
     parts += useText(station.use);
     return parts.join(QStringLiteral(", "));
 }
 
 } // namespace
 
-QByteArray mapexport::csvText(const MapModel& model)
+QByteArray mapexport::csvText(const MapSnapshot& map)
 {
     QString lines =
         QStringLiteral("time_utc,frequency_hz,station,latitude_deg,longitude_deg,azimuth_deg,quality_percent,"
                        "level_dbuv,use,residual_deg,distance_m,fix_latitude_deg,fix_longitude_deg,"
                        "semi_major_m,semi_minor_m,major_axis_deg,probability\r\n");
     QStringList fixFields;
-    if (const Fix* const fix = model.fix()) {
-        const ErrorEllipse ellipse = *model.ellipse();
+    if (const auto& fix = map.fix) {
+        const ErrorEllipse ellipse = *map.ellipse;
         fixFields = QStringList{text(fix->position.latitude, 7), text(fix->position.longitude, 7),
                                 text(ellipse.semiMajor, 1),      text(ellipse.semiMinor, 1),
-                                text(ellipse.azimuth, 2),        QString::number(model.probability())};
+                                text(ellipse.azimuth, 2),        QString::number(map.probability)};
     } else {
         fixFields = QStringList{{}, {}, {}, {}, {}, {}};
     }
-    for (const MapStation& station : model.stations()) {
+    for (const MapStation& station : map.stations) {
         if (!station.azimuth)
             continue;
-        QStringList fields{timeText(*model.result()), text(model.result()->frequency, 0), csv::quoted(station.name)};
+        QStringList fields{timeText(*map.result), text(map.result->frequency, 0), csv::quoted(station.name)};
         fields += station.position ? text(station.position->latitude, 7) : QString();
         fields += station.position ? text(station.position->longitude, 7) : QString();
         fields += text(station.azimuth, 4);
@@ -240,22 +238,22 @@ QByteArray mapexport::csvText(const MapModel& model)
     return lines.toUtf8();
 }
 
-QByteArray mapexport::geoJson(const MapModel& model, double lineLength)
+QByteArray mapexport::geoJson(const MapSnapshot& map, double lineLength)
 {
     QJsonArray features;
-    for (const MapStation& station : model.stations()) {
+    for (const MapStation& station : map.stations) {
         if (station.position)
             features += feature(pointGeometry(*station.position), {{QStringLiteral("kind"), QStringLiteral("station")},
                                                                    {QStringLiteral("id"), station.id},
                                                                    {QStringLiteral("name"), station.name}});
     }
-    for (const MapStation& station : model.stations()) {
+    for (const MapStation& station : map.stations) {
         if (station.hasLine())
             features += feature(lineGeometry(bearingParts(station, lineLength)), bearingProperties(station));
     }
-    if (const Fix* const fix = model.fix()) {
-        const ErrorEllipse ellipse = *model.ellipse();
-        const QJsonObject size{{QStringLiteral("probability"), model.probability()},
+    if (const auto& fix = map.fix) {
+        const ErrorEllipse ellipse = *map.ellipse;
+        const QJsonObject size{{QStringLiteral("probability"), map.probability},
                                {QStringLiteral("semi_major_m"), ellipse.semiMajor},
                                {QStringLiteral("semi_minor_m"), ellipse.semiMinor},
                                {QStringLiteral("major_axis_deg"), ellipse.azimuth}};
@@ -274,39 +272,29 @@ QByteArray mapexport::geoJson(const MapModel& model, double lineLength)
     return QJsonDocument(collection).toJson();
 }
 
-QByteArray mapexport::kml(const MapModel& model, double lineLength)
+QByteArray mapexport::kml(const MapSnapshot& map, double lineLength)
 {
     KmlWriter writer;
     writer.beginFolder(QStringLiteral("Stations"));
-    for (const MapStation& station : model.stations()) {
+    for (const MapStation& station : map.stations) {
         if (station.position)
             writer.addPoint(station.name, positionText(*station.position), *station.position);
     }
     writer.endFolder();
     writer.beginFolder(QStringLiteral("Bearings"));
-    for (const MapStation& station : model.stations()) {
+    for (const MapStation& station : map.stations) {
         if (station.hasLine())
             writer.addLine(station.name, bearingText(station), bearingParts(station, lineLength));
     }
     writer.endFolder();
-    if (const Fix* const fix = model.fix()) {
+    if (const auto& fix = map.fix) {
         writer.beginFolder(QStringLiteral("Fix"));
-        writer.addPoint(QStringLiteral("Fix"), model.fixText(), fix->position);
-        const Line outline = geoshapes::ellipseOutline(fix->position, *model.ellipse());
-        writer.addArea(percentText(model.probability()), sizeText(*model.ellipse()),
-                       geoshapes::splitRingAtDateLine(outline));
+        writer.addPoint(QStringLiteral("Fix"), map.fixText, fix->position);
+        const Line outline = geoshapes::ellipseOutline(fix->position, *map.ellipse);
+        writer.addArea(percentText(map.probability), sizeText(*map.ellipse), geoshapes::splitRingAtDateLine(outline));
         writer.endFolder();
     }
     return writer.finished();
-}
-
-std::optional<QString> saveFile(const QString& file, const QByteArray& content)
-{
-    QSaveFile target(file);
-    if (target.open(QIODevice::WriteOnly) && target.write(content) == content.size() && target.commit())
-        return std::nullopt;
-    return QCoreApplication::translate("workbench", "%1: the file cannot be written: %2.")
-        .arg(file, target.errorString());
 }
 
 } // namespace workbench

@@ -9,8 +9,9 @@ namespace {
 
 QString hemisphereText(double degrees, int decimals, QChar positive, QChar negative)
 {
-    const QString number = QString::number(std::abs(degrees), 'f', decimals) + QChar(0x00b0);
-    return number + QLatin1Char(' ') + (degrees < 0.0 ? negative : positive);
+    const QString number = fixedText(degrees, decimals);
+    const bool isNegative = number.startsWith(QLatin1Char('-'));
+    return number.mid(isNegative ? 1 : 0) + QStringLiteral("° ") + (isNegative ? negative : positive);
 }
 
 int decimalsOf(double step)
@@ -28,6 +29,21 @@ QString lineText(double degrees, double step, QChar positive, QChar negative)
 
 } // namespace
 
+QString fixedText(double number, int decimals)
+{
+    const QString text = QString::number(number, 'f', decimals);
+    const bool isZero = std::all_of(text.begin(), text.end(), [](QChar c) {
+        return c == QLatin1Char('0') || c == QLatin1Char('.') || c == QLatin1Char('-');
+    });
+    return isZero && text.startsWith(QLatin1Char('-')) ? text.mid(1) : text;
+}
+
+QString azimuthText(double azimuth)
+{
+    const QString text = fixedText(azimuth, 1);
+    return (text == QLatin1String("360.0") ? QStringLiteral("0.0") : text) + QChar(0x00b0);
+}
+
 QString positionText(const GeoPosition& position)
 {
     const double longitude = std::remainder(position.longitude, 360.0);
@@ -38,7 +54,7 @@ QString positionText(const GeoPosition& position)
 QString coordinatesText(const GeoPosition& position)
 {
     const double longitude = std::remainder(position.longitude, 360.0);
-    return QString::number(position.latitude, 'f', 7) + QStringLiteral(", ") + QString::number(longitude, 'f', 7);
+    return fixedText(position.latitude, 7) + QStringLiteral(", ") + fixedText(longitude, 7);
 }
 
 QString latitudeText(double latitude, double step)

@@ -8,6 +8,10 @@
 /// How the map writes numbers.
 namespace workbench {
 
+/// A number with so many decimals; what rounds to zero has no sign.
+[[nodiscard]] QString fixedText(double number, int decimals);
+/// "77.3°", at least 0 and less than 360.
+[[nodiscard]] QString azimuthText(double azimuth);
 /// "50.09061° N  6.64780° E", about a metre.
 [[nodiscard]] QString positionText(const GeoPosition& position);
 /// "50.0906117, 6.6478048", latitude first, north and east positive: what other programs take.

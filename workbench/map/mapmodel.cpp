@@ -350,6 +350,13 @@ QString MapModel::fixText() const
     return text;
 }
 
+MapSnapshot MapModel::snapshot() const
+{
+    const Fix* const found = fix();
+    return {m_stations, m_result,      found == nullptr ? std::nullopt : std::optional(*found),
+            ellipse(),  m_probability, fixText()};
+}
+
 int MapModel::rowCount(const QModelIndex& parent) const
 {
     return parent.isValid() ? 0 : static_cast<int>(m_stations.size());
@@ -363,13 +370,13 @@ int MapModel::columnCount(const QModelIndex& parent) const
 QString MapModel::valueText(const MapStation& station, int column) const
 {
     const auto number = [](const std::optional<double>& value, int decimals, const QString& unit) {
-        return value ? QString::number(*value, 'f', decimals) + unit : QStringLiteral("---");
+        return value ? fixedText(*value, decimals) + unit : QStringLiteral("---");
     };
     switch (column) {
     case StationColumn:
         return station.name;
     case BearingColumn:
-        return number(station.azimuth, 1, QStringLiteral("°"));
+        return station.azimuth ? azimuthText(*station.azimuth) : QStringLiteral("---");
     case QualityColumn:
         return number(station.quality, 0, QStringLiteral(" %"));
     case ResidualColumn:

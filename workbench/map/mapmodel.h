@@ -55,6 +55,17 @@ struct EarlierBearing
     qint64 time = 0;      ///< by the model's clock
 };
 
+/// A copy of what the map shows of the latest result, for another thread.
+struct MapSnapshot
+{
+    std::vector<MapStation> stations;
+    std::optional<DfResult> result; ///< without its stations
+    std::optional<Fix> fix;
+    std::optional<ErrorEllipse> ellipse; ///< of the fix
+    double probability = 0.0;            ///< that the ellipse holds the position
+    QString fixText;
+};
+
 /// What the map shows: stations, bearings and the fix of the latest result, and bearings of earlier ones. As a table it
 /// has one row a station; the check box of the first column includes and excludes the station's bearing.
 ///
@@ -116,6 +127,7 @@ public:
     [[nodiscard]] QString fixText() const;
     /// The latest one without its stations; nothing before the first.
     [[nodiscard]] const std::optional<DfResult>& result() const { return m_result; }
+    [[nodiscard]] MapSnapshot snapshot() const;
     /// How much is left of a bearing: 1 when new, 0 after its lifetime.
     [[nodiscard]] double freshness(qint64 time) const;
     /// When the latest result came.

@@ -1,5 +1,7 @@
 #include "map/mapview.h"
 
+#include "filework/filework.h"
+#include "filework/savefile.h"
 #include "map/mapcanvas.h"
 #include "map/mapexport.h"
 #include "map/mapformats.h"
@@ -34,6 +36,7 @@ MapView::MapView(MapModel::Clock clock, QWidget* parent)
     , m_model(clock ? new MapModel(std::move(clock), this) : new MapModel(this))
     , m_scene(new MapScene(*m_model, this))
     , m_canvas(new MapCanvas(*m_scene))
+    , m_files(new FileWork(this))
     , m_table(new QTableView)
     , m_fixText(new QLabel)
     , m_pointedAt(new QLabel)
@@ -225,28 +228,37 @@ void MapView::popUpMenu(const QPoint& place)
     menu->popup(m_canvas->viewport()->mapToGlobal(place));
 }
 
-std::optional<QString> MapView::exportTo(const QString& file)
+void MapView::exportTo(const QString& file)
 {
-    const QString suffix = QFileInfo(file).suffix().toLower();
-    if (suffix == QLatin1String("png"))
-        return saveFile(file, pngPicture());
-    if (suffix == QLatin1String("svg"))
-        return saveFile(file, svgPicture());
-    if (suffix == QLatin1String("csv"))
-        return saveFile(file, mapexport::csvText(*m_model));
-    if (suffix == QLatin1String("geojson"))
-        return saveFile(file, mapexport::geoJson(*m_model, m_scene->lineLength()));
-    if (suffix == QLatin1String("kml"))
-        return saveFile(file, mapexport::kml(*m_model, m_scene->lineLength()));
-    return tr("%1: the name of the file has to end in .png, .svg, .csv, .geojson or .kml.").arg(file);
+    const auto content = contentOf(QFileInfo(file).suffix().toLower());
+    if (!content) {
+        emit message(tr("%1: the name of the file has to end in .png, .svg, .csv, .geojson or .kml.").arg(file));
+        return;
+    }
+    m_files->run([file, content] { return saveFile(file, content()); },
+                 [this, file](const std::optional<QString>& failure) {
+                     emit message(failure ? *failure : tr("%1: the file is saved.").arg(file));
+                 });
 }
 
-QByteArray MapView::pngPicture() const
+std::function<QByteArray()> MapView::contentOf(const QString& suffix) const
 {
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    m_canvas->viewport()->grab().save(&buffer, "PNG");
-    return bytes;
+    if (suffix == QLatin1String("png"))
+        return [picture = m_canvas->viewport()->grab().toImage()] {
+            QByteArray bytes;
+            QBuffer buffer(&bytes);
+            picture.save(&buffer, "PNG");
+            return bytes;
+        };
+    if (suffix == QLatin1String("svg"))
+        return [bytes = svgPicture()] { return bytes; };
+    if (suffix == QLatin1String("csv"))
+        return [map = m_model->snapshot()] { return mapexport::csvText(map); };
+    if (suffix == QLatin1String("geojson"))
+        return [map = m_model->snapshot(), length = m_scene->lineLength()] { return mapexport::geoJson(map, length); };
+    if (suffix == QLatin1String("kml"))
+        return [map = m_model->snapshot(), length = m_scene->lineLength()] { return mapexport::kml(map, length); };
+    return nullptr;
 }
 
 QByteArray MapView::svgPicture() const
@@ -283,10 +295,7 @@ void MapView::exportAs()
     connect(dialog, &QFileDialog::filterSelected, dialog, [dialog, filters, suffixes](const QString& filter) {
         dialog->setDefaultSuffix(suffixes.value(filters.indexOf(filter)));
     });
-    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& file) {
-        const auto failure = exportTo(file);
-        emit message(failure ? *failure : tr("%1: the file is saved.").arg(file));
-    });
+    connect(dialog, &QFileDialog::fileSelected, this, &MapView::exportTo);
     dialog->open();
 }
 

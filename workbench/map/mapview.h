@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+#include <functional>
 #include <optional>
 
 class QLabel;
@@ -11,6 +12,7 @@ class QTableView;
 
 namespace workbench {
 
+class FileWork;
 class MapCanvas;
 class MapScene;
 
@@ -29,11 +31,11 @@ public:
     [[nodiscard]] MapCanvas* canvas() const { return m_canvas; }
     [[nodiscard]] QTableView* table() const { return m_table; }
 
-    /// Writes a file of the kind that its name ends in: ".png" and ".svg" the map as it is seen, ".csv" the results,
-    /// ".geojson" and ".kml" stations, bearings and fix. The reason as a full sentence when there is no file.
-    [[nodiscard]] std::optional<QString> exportTo(const QString& file);
-
 public slots:
+    /// Writes what is shown now to a file of the kind that its name ends in: ".png" and ".svg" the map as it is seen,
+    /// ".csv" the results, ".geojson" and ".kml" stations, bearings and fix. message() tells when the file is written,
+    /// or why there is none; nobody waits for it, and it is written even when the view goes meanwhile.
+    void exportTo(const QString& file);
     /// Marks a station and its bearing in map and table; nothing: none.
     void pick(std::optional<int> stationId);
     /// Includes the bearing of a station again, or excludes it.
@@ -55,12 +57,14 @@ private:
     void showPointedAt(const std::optional<GeoPosition>& position);
     void popUpMenu(const QPoint& place);
     void exportAs();
-    [[nodiscard]] QByteArray pngPicture() const;
+    /// Makes the content of a file with this ending from what is shown now, on any thread; null for another ending.
+    [[nodiscard]] std::function<QByteArray()> contentOf(const QString& suffix) const;
     [[nodiscard]] QByteArray svgPicture() const;
 
     MapModel* m_model;
     MapScene* m_scene;
     MapCanvas* m_canvas;
+    FileWork* m_files;
     QTableView* m_table;
     QLabel* m_fixText;
     QLabel* m_pointedAt;

@@ -341,7 +341,7 @@ private slots:
     {
         MapModel model;
         model.addResult(mapbench::result(mapbench::acrossTheDateLine()));
-        const GeoJson content = shapesOf(mapexport::geoJson(model, 900e3));
+        const GeoJson content = shapesOf(mapexport::geoJson(model.snapshot(), 900e3));
         QCOMPARE(content.omitted, 0);
         QCOMPARE(content.shapes.size(), std::size_t(3 + 3 + 2));
         QCOMPARE(content.shapes[0].name, QStringLiteral("S1"));

@@ -135,6 +135,23 @@ private slots:
         QCOMPARE(bar.text, text);
     }
 
+    void whatRoundsToZeroHasNoSign()
+    {
+        QCOMPARE(fixedText(-0.04, 1), QStringLiteral("0.0"));
+        QCOMPARE(fixedText(-0.0, 0), QStringLiteral("0"));
+        QCOMPARE(fixedText(-0.06, 1), QStringLiteral("-0.1"));
+        QCOMPARE(fixedText(0.04, 1), QStringLiteral("0.0"));
+        QCOMPARE(coordinatesText({-1e-9, -1e-9}), QStringLiteral("0.0000000, 0.0000000"));
+        QCOMPARE(positionText({-1e-9, -1e-9}), QStringLiteral("0.00000° N  0.00000° E"));
+    }
+
+    void azimuthsStayBelow360()
+    {
+        QCOMPARE(azimuthText(77.3), QStringLiteral("77.3°"));
+        QCOMPARE(azimuthText(359.94), QStringLiteral("359.9°"));
+        QCOMPARE(azimuthText(359.96), QStringLiteral("0.0°"));
+    }
+
     void positionsAreWrittenWithHemispheres()
     {
         QCOMPARE(positionText({50.0906117, 6.6478048}), QStringLiteral("50.09061° N  6.64780° E"));

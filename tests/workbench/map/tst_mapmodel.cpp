@@ -394,6 +394,16 @@ private slots:
         QCOMPARE(titles.join(QLatin1Char('|')), QStringLiteral("Station|Bearing|Quality|Off fix|Use"));
     }
 
+    void aBearingThroughTheFixIsOffByZeroWithoutASign()
+    {
+        Bench bench;
+        // The fix of two bearings lies on both: what is left is rounding, in either direction.
+        bench.model.addResult(result({{1, 50.0, 6.0, 77.3, 90.0}, {2, 50.3, 7.0, 227.0, 60.0}}));
+        QVERIFY(bench.model.fix() != nullptr);
+        for (int row = 0; row < 2; ++row)
+            QCOMPARE(bench.cell(row, MapModel::ResidualColumn), QStringLiteral("0.0°"));
+    }
+
     void eachUseHasAWord()
     {
         QCOMPARE(useText(MapUse::NoBearing), QStringLiteral("no bearing"));

@@ -1,5 +1,6 @@
 #include "map/mapview.h"
 
+#include "filework/filework.h"
 #include "map/mapcanvas.h"
 #include "map/mapformats.h"
 #include "map/mapitems.h"
@@ -15,6 +16,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
+#include <QSemaphore>
 #include <QTableView>
 #include <QXmlStreamReader>
 
@@ -87,6 +89,14 @@ struct Bench
         QWheelEvent event(place, canvas().viewport()->mapToGlobal(place), QPoint(), QPoint(0, angle), Qt::NoButton,
                           Qt::NoModifier, Qt::NoScrollPhase, false);
         QApplication::sendEvent(canvas().viewport(), &event);
+    }
+    /// Exports to a file; what is told of it.
+    [[nodiscard]] QString exported(const QString& file)
+    {
+        QSignalSpy messages(&view, &MapView::message);
+        view.exportTo(file);
+        return QTest::qWaitFor([&] { return !messages.isEmpty(); }) ? messages[0][0].toString()
+                                                                    : QStringLiteral("nothing is told");
     }
     [[nodiscard]] bool isInSight(const QPointF& place) const
     {
@@ -560,8 +570,8 @@ private slots:
         const QTemporaryDir folder;
         const auto exported = [&](const QString& name) {
             const QString file = folder.filePath(name);
-            const auto failure = bench.view.exportTo(file);
-            return failure ? QByteArray(failure->toUtf8()) : contentOf(file);
+            const QString told = bench.exported(file);
+            return told == file + QStringLiteral(": the file is saved.") ? contentOf(file) : told.toUtf8();
         };
         const QImage picture = QImage::fromData(exported(QStringLiteral("map.PNG")), "PNG");
         QCOMPARE(picture.size(), bench.canvas().viewport()->size());
@@ -585,21 +595,51 @@ private slots:
         QCOMPARE(description, bench.model().fixText());
     }
 
+    void anExportHoldsWhatWasShownWhenItWasAskedFor()
+    {
+        Bench bench(fourStations());
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(QStringLiteral("map.csv"));
+        QSignalSpy messages(&bench.view, &MapView::message);
+        QSemaphore slowDisk;
+        FileWork others;
+        others.run([&] { return slowDisk.tryAcquire(1, 60000); }, [](bool) {});
+        bench.view.exportTo(file);
+        bench.model().setStations({});
+        QVERIFY(messages.isEmpty());
+        slowDisk.release();
+        QTRY_COMPARE(messages.count(), 1);
+        QCOMPARE(contentOf(file).count("\r\n"), 5);
+    }
+
+    void aViewThatGoesWhileAFileIsWrittenWaitsForNothingAndLosesNothing()
+    {
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(QStringLiteral("map.kml"));
+        QSemaphore slowDisk;
+        FileWork others;
+        others.run([&] { return slowDisk.tryAcquire(1, 60000); }, [](bool) {});
+        {
+            Bench bench(fourStations());
+            bench.view.exportTo(file);
+        }
+        QVERIFY(!QFileInfo::exists(file)); // the view is gone, and the disk still busy
+        slowDisk.release();
+        QTRY_VERIFY(QFileInfo::exists(file));
+        QVERIFY(contentOf(file).contains("</kml>"));
+    }
+
     void aFileOfAnotherKindOrInNoFolderIsRefusedByName()
     {
         Bench bench(fourStations());
         const QTemporaryDir folder;
         const QString other = folder.filePath(QStringLiteral("map.txt"));
-        QCOMPARE(
-            bench.view.exportTo(other),
-            std::optional(other +
-                          QStringLiteral(": the name of the file has to end in .png, .svg, .csv, .geojson or .kml.")));
+        QCOMPARE(bench.exported(other),
+                 other + QStringLiteral(": the name of the file has to end in .png, .svg, .csv, .geojson or .kml."));
         QVERIFY(!QFileInfo::exists(other));
         for (const char* const suffix : {"png", "svg", "csv", "geojson", "kml"}) {
             const QString nowhere = folder.filePath(QStringLiteral("none/map.") + QLatin1String(suffix));
-            const auto failure = bench.view.exportTo(nowhere);
-            QVERIFY(failure.has_value());
-            QVERIFY(failure->startsWith(nowhere + QStringLiteral(": the file cannot be written: ")));
+            QVERIFY(bench.exported(nowhere).startsWith(nowhere + QStringLiteral(": the file cannot be written: ")));
         }
     }
 
@@ -616,6 +656,7 @@ private slots:
         QCOMPARE(dialog->defaultSuffix(), QStringLiteral("geojson"));
         const QString file = folder.filePath(QStringLiteral("a %1.kml"));
         emit dialog->fileSelected(file);
+        QTRY_COMPARE(messages.count(), 1);
         QVERIFY(contentOf(file).contains("<kml"));
         QCOMPARE(messages.value(0).value(0).toString(), file + QStringLiteral(": the file is saved."));
         dialog->close();
