@@ -144,7 +144,7 @@ public:
 
     QString text(const char* name)
     {
-        const QString text = take(name).toString();
+        QString text = take(name).toString();
         if (text.trimmed().isEmpty())
             unexpected(name, QStringLiteral("a text that is not empty"));
         return text;
@@ -160,7 +160,7 @@ public:
 
     QTime timeOfDay(const char* name)
     {
-        const QTime time = QTime::fromString(take(name).toString(), QStringLiteral("hh:mm"));
+        QTime time = QTime::fromString(take(name).toString(), QStringLiteral("hh:mm"));
         if (!time.isValid())
             unexpected(name, QStringLiteral("a time of day (UTC) as \"hh:mm\""));
         return time;
@@ -169,7 +169,7 @@ public:
     QDateTime instant(const char* name)
     {
         const QString text = take(name).toString();
-        const QDateTime time = QDateTime::fromString(text, Qt::ISODate);
+        QDateTime time = QDateTime::fromString(text, Qt::ISODate);
         if (!time.isValid() || time.timeSpec() != Qt::UTC || time.toString(Qt::ISODate) != text)
             unexpected(name, QStringLiteral("a UTC time as \"yyyy-MM-ddThh:mm:ssZ\""));
         return time;

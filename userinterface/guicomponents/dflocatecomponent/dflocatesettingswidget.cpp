@@ -359,7 +359,7 @@ void DFLocateSettingsWidget::WriteExtraValuesBack()
 /// The form's settings, completed by the extra values. An edited text that is no settings text stays as it is.
 QString DFLocateSettingsWidget::GetXmlFromForm(FormUse use)
 {
-    const QString xml = fromFormText(m_pForm->GetXmlString());
+    QString xml = fromFormText(m_pForm->GetXmlString());
     JobXml::DF_Settings settings;
     if (!settings.SetXmlString(xml) && use == FormUse::Edited)
         return xml;

@@ -74,8 +74,6 @@ QString handlerPath(QString componentPath)
 DFLocateToolBar::DFLocateToolBar(GuiComponentCommon* common, const QString& handlerName)
     : GuiComponentTools(common, handlerName)
     , m_toolbarPath(handlerPath(handlerName))
-    // Not "none": the hot key is registered for the first time only after "Enabled" has been false once.
-    , m_hotKeyId(0)
 {
     setObjectName(QStringLiteral("DFLocateToolBar"));
     setWindowTitle(tr("DF/Locate Toolbar"));

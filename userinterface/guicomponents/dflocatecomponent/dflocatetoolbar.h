@@ -101,7 +101,8 @@ private:
     values::ValueObservingPtr<values::ValueSelection> m_locateType{this};
     values::ValueObservingPtr<values::BoolValue> m_trigger{this};
     QString m_toolbarPath;
-    int m_hotKeyId;
+    /// Not "none" at first: the hot key is registered for the first time only after "Enabled" has been false once.
+    int m_hotKeyId = 0;
     QAction* m_pStartButtonAction = nullptr;
     int m_commandsUnderWay = 0;
 };
