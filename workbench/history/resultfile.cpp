@@ -25,7 +25,8 @@ constexpr const char* schema[] = {
     "CREATE INDEX result_time ON result (time)",
     "CREATE TABLE station_result (result INTEGER NOT NULL REFERENCES result (id) ON DELETE CASCADE,"
     " place INTEGER NOT NULL, station INTEGER NOT NULL, name TEXT NOT NULL, latitude REAL, longitude REAL,"
-    " azimuth REAL, quality REAL, level REAL, error INTEGER NOT NULL, PRIMARY KEY (result, place)) WITHOUT ROWID",
+    " azimuth REAL, sigma REAL, quality REAL, level REAL, error INTEGER NOT NULL, PRIMARY KEY (result, place))"
+    " WITHOUT ROWID",
 };
 
 /// SQLite's primary result codes; extended ones carry them in their lowest byte.
@@ -138,8 +139,8 @@ QVariant single(const QSqlDatabase& on, const char* text)
 class Transaction
 {
 public:
-    Transaction(QSqlDatabase on, const char* begin)
-        : m_database(std::move(on))
+    Transaction(const QSqlDatabase& on, const char* begin)
+        : m_database(on)
     {
         execute(m_database, begin);
     }
@@ -202,7 +203,7 @@ bool isFinite(const GeoPosition& position)
 
 bool isFinite(const StationResult& station)
 {
-    return (!station.position || isFinite(*station.position)) && isFinite(station.azimuth) &&
+    return (!station.position || isFinite(*station.position)) && isFinite(station.azimuth) && isFinite(station.sigma) &&
            isFinite(station.quality) && isFinite(station.level);
 }
 
@@ -275,9 +276,10 @@ StationResult readStation(const QSqlQuery& row)
     station.stationName = row.value(1).toString();
     station.position = position(row.value(2), row.value(3));
     station.azimuth = number(row.value(4));
-    station.quality = number(row.value(5));
-    station.level = number(row.value(6));
-    station.error = static_cast<DfError>(row.value(7).toInt());
+    station.sigma = number(row.value(5));
+    station.quality = number(row.value(6));
+    station.level = number(row.value(7));
+    station.error = static_cast<DfError>(row.value(8).toInt());
     return station;
 }
 
@@ -344,8 +346,8 @@ ResultAnswer ResultFile::find(const ResultQuery& query, const std::atomic<bool>&
         ResultAnswer answer;
         QSqlQuery results = prepareResults(on, query);
         QSqlQuery stations =
-            prepared(on, QStringLiteral("SELECT station, name, latitude, longitude, azimuth, quality, level, error"
-                                        " FROM station_result WHERE result = ? ORDER BY place"));
+            prepared(on, QStringLiteral("SELECT station, name, latitude, longitude, azimuth, sigma, quality, level,"
+                                        " error FROM station_result WHERE result = ? ORDER BY place"));
         while (!isCancelled && next(results)) {
             if (static_cast<int>(answer.results.size()) >= query.limit) {
                 answer.isComplete = false;
@@ -454,13 +456,14 @@ void ResultFile::insert(const DfResult& result)
              truth ? truth->position.latitude : QVariant(), truth ? truth->position.longitude : QVariant()});
     const QVariant id = insertion.lastInsertId();
     QSqlQuery stations =
-        prepared(on, QStringLiteral("INSERT INTO station_result VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+        prepared(on, QStringLiteral("INSERT INTO station_result VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
     for (std::size_t place = 0; place < result.stations.size(); ++place) {
         const StationResult& station = result.stations[place];
         const std::optional<GeoPosition>& at = station.position;
         execute(stations, {id, static_cast<int>(place), station.stationId, stored(station.stationName),
                            at ? at->latitude : QVariant(), at ? at->longitude : QVariant(), stored(station.azimuth),
-                           stored(station.quality), stored(station.level), static_cast<int>(station.error)});
+                           stored(station.sigma), stored(station.quality), stored(station.level),
+                           static_cast<int>(station.error)});
     }
 }
 

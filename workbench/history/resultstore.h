@@ -45,6 +45,9 @@ public:
     /// second. False when results are lost, as errorString() tells. Once closed a store stays closed.
     bool close();
 
+    /// False once nothing can be stored and found any more: the file can never be opened, or the store is closed.
+    [[nodiscard]] bool isUsable() const { return m_unusable.isEmpty(); }
+
     /// Why the last store() or close() was not successful: a sentence with file and reason. Empty when it was.
     [[nodiscard]] QString errorString() const { return m_error; }
 

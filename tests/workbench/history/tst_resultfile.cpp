@@ -77,6 +77,8 @@ private:
         if (coin())
             station.azimuth = number();
         if (coin())
+            station.sigma = number();
+        if (coin())
             station.quality = number();
         if (coin())
             station.level = number();
@@ -133,7 +135,8 @@ bool isSame(const std::optional<T>& a, const std::optional<T>& b)
 bool isSame(const StationResult& a, const StationResult& b)
 {
     return a.stationId == b.stationId && a.stationName == b.stationName && isSame(a.position, b.position) &&
-           a.azimuth == b.azimuth && a.quality == b.quality && a.level == b.level && a.error == b.error;
+           a.azimuth == b.azimuth && a.sigma == b.sigma && a.quality == b.quality && a.level == b.level &&
+           a.error == b.error;
 }
 
 bool isSame(const DfResult& a, const DfResult& b)
@@ -356,6 +359,7 @@ private slots:
                 checkStationObjection([&](StationResult& station) { station.position = position; });
             }
             checkStationObjection([&](StationResult& station) { station.azimuth = bad; });
+            checkStationObjection([&](StationResult& station) { station.sigma = bad; });
             checkStationObjection([&](StationResult& station) { station.quality = bad; });
             checkStationObjection([&](StationResult& station) { station.level = bad; });
         }
