@@ -47,12 +47,6 @@ struct Minima
     double leastFarAway = std::numeric_limits<double>::infinity();
 };
 
-bool isUsable(const Bearing& bearing)
-{
-    return std::abs(bearing.station.latitude) <= 90.0 && std::isfinite(bearing.station.longitude) &&
-           std::isfinite(bearing.azimuth) && bearing.sigma >= leastSigma && bearing.sigma <= greatestSigma;
-}
-
 BearingUse useOf(const Bearing& bearing)
 {
     if (!isUsable(bearing))
@@ -237,6 +231,12 @@ FixResult assessed(const std::vector<Bearing>& bearings, const GeoPosition& posi
 }
 
 } // namespace
+
+bool isUsable(const Bearing& bearing)
+{
+    return std::abs(bearing.station.latitude) <= 90.0 && std::isfinite(bearing.station.longitude) &&
+           std::isfinite(bearing.azimuth) && bearing.sigma >= leastSigma && bearing.sigma <= greatestSigma;
+}
 
 QString explanation(NoFix reason)
 {

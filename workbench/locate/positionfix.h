@@ -19,7 +19,7 @@ constexpr double greatestSigma = 180.0;
 
 /// One bearing as it enters a fix.
 ///
-/// It can be used when all numbers are finite, the latitude lies within +-90 degrees, and sigma between leastSigma and
+/// It is usable when all numbers are finite, the latitude lies within +-90 degrees, and sigma between leastSigma and
 /// greatestSigma. Longitude and azimuth are taken modulo 360. At a pole
 /// the azimuth counts from the meridian of the longitude that is given, as it does just beside the pole.
 struct Bearing
@@ -29,6 +29,9 @@ struct Bearing
     double sigma = 1.0;    ///< standard deviation in degrees
     bool excluded = false; ///< left out by the operator
 };
+
+/// Whether the numbers of @p bearing are a bearing.
+[[nodiscard]] bool isUsable(const Bearing& bearing);
 
 /// What may be asked of a fix.
 struct FixLimits
