@@ -72,6 +72,7 @@ constexpr ConfigEntry selectionEntry(const char* path, ItemList list, int initia
 
 constexpr int bandwidthKey12kHz = 7;
 constexpr int locateTypeOnline = 1;
+constexpr int locateTypeHistory = 2;
 constexpr int activityDfAndLocate = 2;
 
 constexpr double largestSpan = 2147483647.0;

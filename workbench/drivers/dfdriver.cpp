@@ -2,6 +2,7 @@
 
 #include "drivers/configtable.h"
 #include "drivers/dfsource.h"
+#include "drivers/locatehistory.h"
 #include "drivers/providedvalues.h"
 #include "drivers/resultvalues.h"
 #include "drivers/settingstext.h"
@@ -86,6 +87,22 @@ std::optional<int> thresholdInUse(const values::ValuePtr<IntValue>& threshold)
     return isInUse ? std::optional(threshold->GetValue()) : std::nullopt;
 }
 
+/// A history as one station of the remote service. It counts at all frequencies while it is available and at none
+/// while it is not: readers keep what they are not told again, and look at ranges without looking at availability.
+StationInfo stationOf(const LocateHistory& history, const std::vector<StationInfo>& others)
+{
+    constexpr FrequencyRange allFrequencies{0.0, 1e15};
+    constexpr FrequencyRange noFrequency{0.0, 0.0};
+    StationInfo station;
+    for (const StationInfo& other : others)
+        station.id = std::max(station.id, other.id);
+    ++station.id;
+    station.name = QStringLiteral("Stored results");
+    station.available = history.isUsable();
+    station.range = station.available ? allFrequencies : noFrequency;
+    return station;
+}
+
 template <typename Number, typename NumericValue>
 void setUpNumber(NumericValue* value, const ConfigEntry& entry)
 {
@@ -114,6 +131,8 @@ public:
     [[nodiscard]] const DfSettings& settings() const { return m_settings; }
     [[nodiscard]] const std::optional<DfRequest>& publishedRequest() const { return m_publishedRequest; }
     [[nodiscard]] const std::optional<LocateResult>& publishedFix() const { return m_publishedFix; }
+    [[nodiscard]] const std::optional<HistoryFix>& publishedHistory() const { return m_publishedHistory; }
+    void setHistory(LocateHistory* history);
     [[nodiscard]] int currentDevice() const { return m_currentDevice; }
     void selectDevice(int index);
 
@@ -147,17 +166,25 @@ private:
     void onMeasured(const DfResult& result);
     void onFailed(const QString& reason);
     void publishPending();
-    void publish(DfResult result);
-    [[nodiscard]] LocateResult locate(const DfResult& result) const;
+    void locate(const DfResult& result);
+    void onLocated(const HistoryFix& fix);
+    void dropLocate();
+    void publish(const DfResult& result, const LocateResult& located, const std::optional<HistoryFix>& history);
+    [[nodiscard]] bool isLocateWanted() const;
+    [[nodiscard]] bool isHistoryWanted() const;
+    [[nodiscard]] LocateResult locateOnline(const DfResult& result) const;
     [[nodiscard]] int qualityThreshold() const { return m_settings.qualityThreshold.value_or(0); }
 
     void writeStatus();
     void writeRunning();
+    void writeHriRunning(bool isRunning);
     void writeCyclicStarted();
 
     DfDriver* m_driver;
     std::unique_ptr<DfSource> m_source;
-    QTimer m_frame; // runs for a frame after each result written
+    QPointer<LocateHistory> m_history;
+    std::optional<DfResult> m_toLocate; // while the history looks for its fix
+    QTimer m_frame;                     // runs for a frame after each result written
     std::optional<DfResult> m_pending;
     bool m_isMeasuring = false;
     bool m_isCyclic = false;
@@ -169,6 +196,7 @@ private:
     DfRequest m_request;   // of the measurement under way
     std::optional<DfRequest> m_publishedRequest;
     std::optional<LocateResult> m_publishedFix;
+    std::optional<HistoryFix> m_publishedHistory;
     std::optional<JobXml::DF_Settings> m_acceptedText; // for what is in it beside the settings
     bool m_textIsDue = false;
     bool m_answerIsDue = false;
@@ -193,6 +221,7 @@ private:
     values::ValuePtr<BoolValue> m_deviceReady;
     values::ValuePtr<BoolValue> m_running;
     values::ValuePtr<BoolValue> m_cyclicStarted;
+    values::ValuePtr<BoolValue> m_hriRunning;
     values::ValuePtr<StringValue> m_status;
     values::ValuePtr<StringValue> m_hriStatus;
 };
@@ -222,8 +251,8 @@ DfDriver::Private::Private(DfDriver* driver, std::unique_ptr<DfSource> source, c
     m_running.Assign(m_provided.provide<BoolValue>(handlerRoot + QLatin1String("DFRunning")));
     m_cyclicStarted.Assign(
         m_provided.provide<BoolValue>(handlerRoot + QLatin1String("Values/Result/CyclicLocateStarted")));
-    if (auto* hriRunning = m_provided.provide<BoolValue>(handlerRoot + QLatin1String("Values/Status/LocateHRIRunning")))
-        hriRunning->SetValue(false, nullptr);
+    m_hriRunning.Assign(m_provided.provide<BoolValue>(handlerRoot + QLatin1String("Values/Status/LocateHRIRunning")));
+    writeHriRunning(false);
     writeRunning();
     writeCyclicStarted();
     m_status.Assign(m_provided.provide<StringValue>(handlerRoot + QLatin1String("Values/Status/LocateStatus")));
@@ -243,6 +272,9 @@ DfDriver::Private::~Private()
     m_source->disconnect(m_driver);
     m_frame.stop();
     m_source->cancel();
+    if (m_history)
+        m_history->disconnect(m_driver);
+    dropLocate();
     if (m_deviceReady)
         m_deviceReady->SetValue(false, this);
     m_provided.release();
@@ -475,8 +507,10 @@ void DfDriver::Private::obey(int command)
 
 void DfDriver::Private::startSingle()
 {
+    const Alive alive(m_driver);
     beginMeasurement();
-    writeRunning();
+    if (alive)
+        writeRunning();
 }
 
 void DfDriver::Private::startCyclic()
@@ -484,7 +518,8 @@ void DfDriver::Private::startCyclic()
     const Alive alive(m_driver);
     m_isCyclic = true;
     beginMeasurement();
-    writeCyclicStarted();
+    if (alive)
+        writeCyclicStarted();
     if (alive)
         writeRunning();
 }
@@ -498,6 +533,7 @@ void DfDriver::Private::stopCyclic()
     m_isMeasuring = false;
     m_pending.reset();
     m_source->cancel();
+    dropLocate();
     writeCyclicStarted();
     if (alive)
         writeRunning();
@@ -511,6 +547,7 @@ void DfDriver::Private::beginMeasurement()
     m_isMeasuring = true;
     m_request = request();
     m_source->measure(m_request);
+    writeHriRunning(isHistoryWanted());
 }
 
 DfRequest DfDriver::Private::request() const
@@ -538,6 +575,7 @@ void DfDriver::Private::onFailed(const QString& reason)
     m_isMeasuring = false;
     m_isCyclic = false;
     m_pending.reset();
+    dropLocate();
     writeCyclicStarted();
     if (alive)
         writeRunning();
@@ -550,18 +588,80 @@ void DfDriver::Private::publishPending()
     // An observer of a result may run an event loop of its own; what comes meanwhile waits for its turn.
     if (m_isPublishing || !m_pending)
         return;
-    publish(*std::exchange(m_pending, std::nullopt));
+    const Alive alive(m_driver);
+    const DfResult result = *std::exchange(m_pending, std::nullopt);
+    m_isPublishing = true;
+    emit m_driver->measured(result);
+    if (!alive)
+        return;
+    m_isPublishing = false;
+    if (m_isMeasuring) // not stopped by somebody who was told
+        locate(result);
 }
 
-void DfDriver::Private::publish(DfResult result)
+/// Publishes @p result with its fix; with one from the history as soon as that answers.
+void DfDriver::Private::locate(const DfResult& result)
+{
+    dropLocate();
+    if (!isHistoryWanted()) {
+        publish(result, locateOnline(result), std::nullopt);
+        return;
+    }
+    m_toLocate = result;
+    if (m_history)
+        m_history->locate(result, qualityThreshold());
+    else
+        onLocated({QStringLiteral("No fix: there are no stored results.")});
+}
+
+void DfDriver::Private::onLocated(const HistoryFix& fix)
+{
+    if (m_toLocate)
+        publish(*std::exchange(m_toLocate, std::nullopt), fix.located, fix);
+}
+
+void DfDriver::Private::dropLocate()
+{
+    if (!m_toLocate)
+        return;
+    m_toLocate.reset();
+    if (m_history)
+        m_history->cancel();
+}
+
+void DfDriver::Private::setHistory(LocateHistory* history)
+{
+    const Alive alive(m_driver);
+    const std::optional<DfResult> toLocate = m_toLocate;
+    dropLocate();
+    if (m_history)
+        m_history->disconnect(m_driver);
+    m_history = history;
+    if (history != nullptr) {
+        QObject::connect(history, &LocateHistory::located, m_driver, [this](const HistoryFix& fix) { onLocated(fix); });
+        QObject::connect(history, &LocateHistory::usableChanged, m_driver, [this] { writeStatus(); });
+        // As good as an answer: whoever has asked waits for one.
+        QObject::connect(history, &QObject::destroyed, m_driver, [this] { setHistory(nullptr); });
+    }
+    writeStatus();
+    if (alive && toLocate)
+        locate(*toLocate);
+}
+
+void DfDriver::Private::publish(const DfResult& result, const LocateResult& located,
+                                const std::optional<HistoryFix>& history)
 {
     const Alive alive(m_driver);
     m_isMeasuring = false;
     m_isPublishing = true;
     m_publishedRequest = m_request;
-    m_publishedFix = locate(result);
-    const auto* const fix = std::get_if<Fix>(&*m_publishedFix);
-    if (!m_results->write(result, qualityThreshold(), fix != nullptr ? std::optional(fix->position) : std::nullopt))
+    m_publishedFix = located;
+    m_publishedHistory = history;
+    const auto* const fix = std::get_if<Fix>(&located);
+    // Before the result: whoever is told of that looks here for where its position is from.
+    writeHriRunning(history.has_value());
+    if (!alive ||
+        !m_results->write(result, qualityThreshold(), fix != nullptr ? std::optional(fix->position) : std::nullopt))
         return;
     m_isPublishing = false;
     m_frame.start(frameMs);
@@ -570,16 +670,28 @@ void DfDriver::Private::publish(DfResult result)
         return;
     if (m_isCyclic)
         beginMeasurement();
-    writeRunning();
+    if (alive)
+        writeRunning();
     if (alive)
         emit m_driver->resultPublished(result);
 }
 
-LocateResult DfDriver::Private::locate(const DfResult& result) const
+bool DfDriver::Private::isLocateWanted() const
 {
-    if (!m_locateType || m_locateType->GetCurrentKey() != locateTypeOnline)
-        return QStringLiteral("No fix: the locate type is not \"Online\".");
-    if (!m_activity || m_activity->GetCurrentKey() != activityDfAndLocate)
+    return m_activity && m_activity->GetCurrentKey() == activityDfAndLocate;
+}
+
+bool DfDriver::Private::isHistoryWanted() const
+{
+    return isLocateWanted() && m_locateType && m_locateType->GetCurrentKey() == locateTypeHistory;
+}
+
+LocateResult DfDriver::Private::locateOnline(const DfResult& result) const
+{
+    const int type = m_locateType ? m_locateType->GetCurrentKey() : static_cast<int>(ValueSelection::NoKey);
+    if (type != locateTypeOnline && type != locateTypeHistory)
+        return QStringLiteral("No fix: the locate type is neither \"Online\" nor \"History\".");
+    if (!isLocateWanted())
         return QStringLiteral("No fix: the activity is not \"DF and locate\".");
     return onlineFix(result, qualityThreshold());
 }
@@ -588,7 +700,10 @@ void DfDriver::Private::writeStatus()
 {
     const Alive alive(m_driver);
     const QString status = statusText(m_source->stations());
-    const QString hriStatus = statusText(m_source->hriStations());
+    std::vector<StationInfo> hriStations = m_source->hriStations();
+    if (m_history)
+        hriStations.push_back(stationOf(*m_history, hriStations));
+    const QString hriStatus = statusText(hriStations);
     if (m_status && m_status->GetValue() != status)
         m_status->SetValue(status, this);
     if (alive && m_hriStatus && m_hriStatus->GetValue() != hriStatus)
@@ -599,6 +714,12 @@ void DfDriver::Private::writeRunning()
 {
     if (m_running && m_running->GetValue() != isRunning())
         m_running->SetValue(isRunning(), this);
+}
+
+void DfDriver::Private::writeHriRunning(bool isRunning)
+{
+    if (m_hriRunning && m_hriRunning->GetValue() != isRunning)
+        m_hriRunning->SetValue(isRunning, this);
 }
 
 void DfDriver::Private::writeCyclicStarted()
@@ -644,6 +765,16 @@ const std::optional<DfRequest>& DfDriver::publishedRequest() const
 const std::optional<LocateResult>& DfDriver::publishedFix() const
 {
     return d->publishedFix();
+}
+
+const std::optional<HistoryFix>& DfDriver::publishedHistory() const
+{
+    return d->publishedHistory();
+}
+
+void DfDriver::setHistory(LocateHistory* history)
+{
+    d->setHistory(history);
 }
 
 int DfDriver::currentDevice() const

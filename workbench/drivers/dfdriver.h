@@ -2,7 +2,7 @@
 
 #include "drivers/dfresult.h"
 #include "drivers/dfsettings.h"
-#include "drivers/onlinefix.h"
+#include "drivers/historyfix.h"
 
 #include <QObject>
 #include <QString>
@@ -12,6 +12,7 @@
 namespace workbench {
 
 class DfSource;
+class LocateHistory;
 
 /// The driver-side partner of the component: creates the values the component shows, obeys its commands and writes the
 /// results of a DfSource.
@@ -25,9 +26,15 @@ class DfSource;
 /// source that answers as soon as it can. A failure of the source ends cyclic measuring. Values that vanish, or whose
 /// place is taken by a value of another kind, are left out. Observers may delete the driver at any time.
 ///
-/// **Fix.** With locate type "Online" and activity "DF and locate", as they are when a result is published, its
-/// position is computed from its bearings (drivers/onlinefix.h) with the quality threshold in use. Without a fix the
-/// average position goes out of use; its content stays.
+/// **Fix.** With activity "DF and locate", as it is when a measurement is complete, a position is computed with the
+/// quality threshold in use: with locate type "Online" from the bearings of the result itself (drivers/onlinefix.h),
+/// with "History" from those that the history finds. The history takes its time: until it answers, the measurement is
+/// still under way, and 11 drops it. Without a fix the average position goes out of use; its content stays.
+/// "Values/Status/LocateHRIRunning" tells which it is: true with "History", from the start of a measurement on.
+///
+/// **Remote service.** Its status text tells of the source's stations. A history is one more of them, "Stored results",
+/// for every frequency and available while it is usable: that is how components learn whether locate type "History" can
+/// be served.
 ///
 /// **Settings.** The latest word counts: at first the Config values, then whichever comes last of
 /// - a settings text set in "DFLOCATE/ToDriver", also when it is the same text as before. It speaks for all settings
@@ -66,6 +73,12 @@ public:
 
     /// The fix of the result published last; nothing before the first.
     [[nodiscard]] const std::optional<LocateResult>& publishedFix() const;
+    /// What the history gave for the result published last; nothing when its fix is not from there.
+    [[nodiscard]] const std::optional<HistoryFix>& publishedHistory() const;
+
+    /// Asks @p history, which the driver does not own, for fixes with locate type "History"; null: there is none, as at
+    /// first. What is asked of another one meanwhile is dropped, and this one is asked.
+    void setHistory(LocateHistory* history);
 
     /// Position in the source's list of devices.
     [[nodiscard]] int currentDevice() const;
@@ -74,6 +87,9 @@ public:
     void selectDevice(int index);
 
 signals:
+    /// A measurement is complete. Its values are written after this, unless it is dropped while the history looks for a
+    /// fix.
+    void measured(const workbench::DfResult& result);
     /// All values of @p result are written.
     void resultPublished(const workbench::DfResult& result);
     /// The measurement was given up, and cyclic measuring with it; @p reason is a sentence for people.

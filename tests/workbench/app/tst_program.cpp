@@ -409,7 +409,7 @@ void TestProgram::anOperatorCanDoWithoutAFix()
     QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
     const QJsonObject shot = outcome.json()[0].toObject();
     QVERIFY(shot["fix"].isNull());
-    QCOMPARE(shot["noFix"].toString(), QStringLiteral("No fix: the locate type is not \"Online\"."));
+    QCOMPARE(shot["noFix"].toString(), QStringLiteral("No fix: the locate type is neither \"Online\" nor \"History\"."));
 }
 
 void TestProgram::theSurveyIsShownBearingByBearing()

@@ -915,11 +915,12 @@ void DfDriverTest::locatingIsAskedForByTypeAndActivity_data()
     QTest::addColumn<int>("type");
     QTest::addColumn<int>("activity");
     QTest::addColumn<QString>("reason");
-    const QString wrongType = QStringLiteral("No fix: the locate type is not \"Online\".");
+    const QString wrongType = QStringLiteral("No fix: the locate type is neither \"Online\" nor \"History\".");
     const QString wrongActivity = QStringLiteral("No fix: the activity is not \"DF and locate\".");
     QTest::newRow("online, DF and locate") << 1 << 2 << QString();
     QTest::newRow("no locate") << 0 << 2 << wrongType;
-    QTest::newRow("history") << 2 << 2 << wrongType;
+    QTest::newRow("history without one") << 2 << 2 << QStringLiteral("No fix: there are no stored results.");
+    QTest::newRow("history, DF") << 2 << 1 << wrongActivity;
     QTest::newRow("online, no activity") << 1 << 0 << wrongActivity;
     QTest::newRow("online, DF") << 1 << 1 << wrongActivity;
     QTest::newRow("no locate, DF") << 0 << 1 << wrongType;
