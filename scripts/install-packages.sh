@@ -4,6 +4,7 @@
 #   scripts/install-packages.sh build   what building and running the workbench needs
 #   scripts/install-packages.sh bench   the same, and what the benchmarks need
 #   scripts/install-packages.sh test    the same, and what the test suite needs
+#   scripts/install-packages.sh fuzz    what building and running the fuzzers needs
 #
 # Works as root or with sudo. Says what it installs; prints nothing when everything is there.
 set -euo pipefail
@@ -34,14 +35,19 @@ test_packages=(
   xdotool
   xvfb
 )
+fuzz_packages=(
+  clang
+  libclang-rt-14-dev
+)
 
 packages=("${build_packages[@]}")
 case "${1:-build}" in
   build) ;;
   bench) packages+=("${bench_packages[@]}") ;;
   test) packages+=("${bench_packages[@]}" "${test_packages[@]}") ;;
+  fuzz) packages+=("${fuzz_packages[@]}") ;;
   *)
-    echo "usage: $0 [build|bench|test]" >&2
+    echo "usage: $0 [build|bench|test|fuzz]" >&2
     exit 2
     ;;
 esac
