@@ -19,9 +19,13 @@ include(GNUInstallDirs)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wsuggest-override
                     -Woverloaded-virtual -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  # Qt's logging macros are called without the arguments that strict C++17 asks for.
+  add_compile_options(-Wno-gnu-zero-variadic-macro-arguments)
+endif()
 # A string-based connect is checked at run time only; implicit text conversions hide encoding mistakes.
 add_compile_definitions(QT_DEPRECATED_WARNINGS QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING)
-add_link_options(-Wl,--as-needed -Wl,-z,defs)
+add_link_options(-Wl,--as-needed)
 
 option(DFLOCATE_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
 if(DFLOCATE_SANITIZE)
@@ -29,6 +33,16 @@ if(DFLOCATE_SANITIZE)
   # The checks that the sanitizers add keep the compiler from seeing that a variant or optional was set.
   add_compile_options(-Wno-maybe-uninitialized)
   add_link_options(-fsanitize=address,undefined)
+endif()
+
+option(DFLOCATE_FUZZ "Build the fuzzers in place of the tests; needs clang" OFF)
+if(DFLOCATE_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined,float-cast-overflow -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+else()
+  # Where clang sanitizes, libraries leave the sanitizers' own symbols to the program.
+  add_link_options(-Wl,-z,defs)
 endif()
 
 # dfl_host_library(<name> SOURCES <files> LIBRARIES <targets>)
