@@ -1,10 +1,12 @@
 #!/usr/bin/env bash
 # Installs the Debian packages this project needs, and only those that are missing.
 #
-#   scripts/install-packages.sh build   what building and running the workbench needs
-#   scripts/install-packages.sh bench   the same, and what the benchmarks need
-#   scripts/install-packages.sh test    the same, and what the test suite needs
-#   scripts/install-packages.sh fuzz    what building and running the fuzzers needs
+#   scripts/install-packages.sh build     what building and running the workbench needs
+#   scripts/install-packages.sh bench     the same, and what the benchmarks need
+#   scripts/install-packages.sh test      the same, and what the test suite needs
+#   scripts/install-packages.sh fuzz      what building and running the fuzzers needs
+#   scripts/install-packages.sh lint      what building and the static analysis need
+#   scripts/install-packages.sh coverage  what the test suite and its coverage report need
 #
 # Works as root or with sudo. Says what it installs; prints nothing when everything is there.
 set -euo pipefail
@@ -39,6 +41,14 @@ fuzz_packages=(
   clang
   libclang-rt-14-dev
 )
+lint_packages=(
+  clang-tidy
+  clazy
+  python3
+)
+coverage_packages=(
+  gcovr
+)
 
 packages=("${build_packages[@]}")
 case "${1:-build}" in
@@ -46,8 +56,10 @@ case "${1:-build}" in
   bench) packages+=("${bench_packages[@]}") ;;
   test) packages+=("${bench_packages[@]}" "${test_packages[@]}") ;;
   fuzz) packages+=("${fuzz_packages[@]}") ;;
+  lint) packages+=("${bench_packages[@]}" "${lint_packages[@]}") ;;
+  coverage) packages+=("${bench_packages[@]}" "${test_packages[@]}" "${coverage_packages[@]}") ;;
   *)
-    echo "usage: $0 [build|bench|test|fuzz]" >&2
+    echo "usage: $0 [build|bench|test|fuzz|lint|coverage]" >&2
     exit 2
     ;;
 esac
