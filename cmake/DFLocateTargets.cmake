@@ -54,7 +54,7 @@ function(dfl_host_library name)
   add_library(${name} SHARED ${ARG_SOURCES})
   target_include_directories(${name} PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>"
                                             "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/dflocate-host>")
-  target_link_libraries(${name} PUBLIC ${ARG_LIBRARIES})
+  target_link_libraries(${name} PUBLIC ${ARG_LIBRARIES} PRIVATE faultpoints)
   string(TOUPPER ${name} upper)
   target_compile_definitions(${name} PRIVATE ${upper}_BUILD)
   install(TARGETS ${name} EXPORT DFLocateHost LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})

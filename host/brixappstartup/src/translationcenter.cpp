@@ -1,5 +1,7 @@
 #include "brixappstartup/translationcenter.h"
 
+#include "faultpoints/faultpoint.h"
+
 #include <QCoreApplication>
 #include <QLocale>
 
@@ -24,6 +26,7 @@ TranslationCenter::~TranslationCenter() = default;
 
 TranslationCenter* TranslationCenter::Instance()
 {
+    faults::mayRaise("TranslationCenter::Instance");
     // Lives for the whole process: libraries may unregister while static objects are being destroyed.
     static TranslationCenter* const instance = new TranslationCenter;
     return instance;
@@ -31,6 +34,7 @@ TranslationCenter* TranslationCenter::Instance()
 
 void TranslationCenter::Register(const QString& translationNamespace)
 {
+    faults::mayRaise("TranslationCenter::Register");
     // Counted before installing: the application tells its widgets of the new language, and one of them may register
     // too.
     if (++m_entries[translationNamespace].count > 1)
@@ -43,6 +47,7 @@ void TranslationCenter::Register(const QString& translationNamespace)
 
 void TranslationCenter::Unregister(const QString& translationNamespace)
 {
+    faults::mayRaise("TranslationCenter::Unregister");
     const auto entry = m_entries.find(translationNamespace);
     if (entry == m_entries.end() || --entry->count > 0)
         return;

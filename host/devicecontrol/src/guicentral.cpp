@@ -1,5 +1,7 @@
 #include "devicecontrol/guicentral.h"
 
+#include "faultpoints/faultpoint.h"
+
 #include <QCoreApplication>
 #include <QKeySequence>
 #include <QPointer>
@@ -162,6 +164,7 @@ GuiCentral::~GuiCentral() = default;
 
 GuiCentral* GuiCentral::Instance()
 {
+    faults::mayRaise("GuiCentral::Instance");
     // Lives for the whole process: receivers may take their leave while static objects are being destroyed.
     static GuiCentral* const instance = new GuiCentral;
     return instance;
@@ -170,6 +173,8 @@ GuiCentral* GuiCentral::Instance()
 int GuiCentral::AddHotKey(Qt::Key key, Qt::KeyboardModifiers modifiers, QObject* receiver, const QString& text,
                           const QString& group, bool enabled, bool listed)
 {
+    if (faults::failsByResult("GuiCentral::AddHotKey"))
+        return 0;
     if (receiver == nullptr || key == Qt::Key(0) || key == Qt::Key_unknown)
         return 0;
     const QKeySequence keys(static_cast<int>(key) | static_cast<int>(modifiers));
@@ -178,6 +183,7 @@ int GuiCentral::AddHotKey(Qt::Key key, Qt::KeyboardModifiers modifiers, QObject*
 
 void GuiCentral::RemoveHotKey(int id, bool forget)
 {
+    faults::mayRaise("GuiCentral::RemoveHotKey");
     if (forget)
         d->RemoveIf([id](const Private::HotKey& hotKey) { return hotKey.id == id; });
     else
@@ -186,6 +192,7 @@ void GuiCentral::RemoveHotKey(int id, bool forget)
 
 void GuiCentral::RemoveHotKeyReceiver(QObject* receiver)
 {
+    faults::mayRaise("GuiCentral::RemoveHotKeyReceiver");
     d->RemoveIf([receiver](const Private::HotKey& hotKey) { return hotKey.receiver == receiver; });
 }
 
@@ -210,6 +217,8 @@ std::vector<HotKeyInfo> GuiCentral::GetListedHotKeys() const
 
 QWidget* GuiCentral::GetMainWidget() const
 {
+    if (faults::failsByResult("GuiCentral::GetMainWidget"))
+        return nullptr;
     return d->MainWidget();
 }
 

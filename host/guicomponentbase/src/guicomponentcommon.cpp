@@ -1,5 +1,6 @@
 #include "guicomponentbase/guicomponentcommon.h"
 
+#include "faultpoints/faultpoint.h"
 #include "guicomponentcommonprivate.h"
 #include "valueframework/valueclasses/value.h"
 
@@ -76,6 +77,7 @@ GuiComponentCommon::~GuiComponentCommon() = default;
 
 const std::shared_ptr<GuiComponentCommon::Services>& GuiComponentCommon::getServiceRegistry() const
 {
+    faults::mayRaise("GuiComponentCommon::getServiceRegistry");
     return d->services;
 }
 

@@ -1,5 +1,6 @@
 #include "guicomponentbase/guicomponenttools.h"
 
+#include "faultpoints/faultpoint.h"
 #include "guicomponentcommonprivate.h"
 #include "valueframework/tree.h"
 #include "valuerelay.h"
@@ -62,6 +63,7 @@ void GuiComponentTools::Private::MakeRelay(values::ValueBase* value, QObject* re
 GuiComponentTools::GuiComponentTools(GuiComponentCommon* common, const QString& componentName)
     : d(std::make_unique<Private>(common, componentName))
 {
+    faults::mayRaise("GuiComponentTools::GuiComponentTools");
 }
 
 GuiComponentTools::~GuiComponentTools()
@@ -76,42 +78,52 @@ void GuiComponentTools::OnReloadedValues() {}
 
 GuiComponentCommon* GuiComponentTools::GetCommon() const
 {
+    if (faults::failsByResult("GuiComponentTools::GetCommon"))
+        return nullptr;
     return d->common;
 }
 
 QString GuiComponentTools::GetComponentPath() const
 {
+    faults::mayRaise("GuiComponentTools::GetComponentPath");
     return d->componentName;
 }
 
 QString GuiComponentTools::GetParameterPath() const
 {
+    faults::mayRaise("GuiComponentTools::GetParameterPath");
     return d->componentName + QLatin1String("Parameters/");
 }
 
 QString GuiComponentTools::GetGlobalPath() const
 {
+    faults::mayRaise("GuiComponentTools::GetGlobalPath");
     return QStringLiteral("/GLOBAL/");
 }
 
 void GuiComponentTools::SetOffline(bool offline)
 {
+    faults::mayRaise("GuiComponentTools::SetOffline");
     d->offline = offline;
 }
 
 bool GuiComponentTools::IsOffline() const
 {
+    faults::mayRaise("GuiComponentTools::IsOffline");
     return d->offline;
 }
 
 void GuiComponentTools::AddValue(values::ValueBase* value, QObject* receiver, const char* slot)
 {
+    faults::mayRaise("GuiComponentTools::AddValue");
     d->MakeRelay(value, receiver, slot);
 }
 
 values::ValueBase* GuiComponentTools::LinkValue(const QString& localName, const QString& path, QObject* receiver,
                                                 const char* slot)
 {
+    if (faults::failsByResult("GuiComponentTools::LinkValue"))
+        return nullptr;
     values::Tree* const tree = values::Tree::Instance();
     values::ValueBase* const target = tree->FindValue(path);
     values::ValueBase* const interfaceValue = tree->FindValue(GetComponentPath() + localName);
@@ -133,6 +145,7 @@ values::ValueBase* GuiComponentTools::LinkValue(const QString& localName, const 
 
 void GuiComponentTools::WritebackValue(const QString& localName)
 {
+    faults::mayRaise("GuiComponentTools::WritebackValue");
     if (!d->common)
         return;
     if (ValueLink* const link = d->common->d->FindLink(d->Key(localName)))
@@ -142,6 +155,7 @@ void GuiComponentTools::WritebackValue(const QString& localName)
 void GuiComponentTools::AddGlobalValue(values::ValueBase* value, const QString& name, QObject* receiver,
                                        const char* slot)
 {
+    faults::mayRaise("GuiComponentTools::AddGlobalValue");
     if (value == nullptr)
         return;
     if (d->common)
@@ -151,6 +165,8 @@ void GuiComponentTools::AddGlobalValue(values::ValueBase* value, const QString& 
 
 values::ValueBase* GuiComponentTools::ConnectGlobalValue(const QString& name, QObject* receiver, const char* slot)
 {
+    if (faults::failsByResult("GuiComponentTools::ConnectGlobalValue"))
+        return nullptr;
     values::ValueBase* const value = GetGlobalValue(name);
     d->MakeRelay(value, receiver, slot);
     return value;
@@ -158,18 +174,22 @@ values::ValueBase* GuiComponentTools::ConnectGlobalValue(const QString& name, QO
 
 values::ValueBase* GuiComponentTools::GetGlobalValue(const QString& name) const
 {
+    if (faults::failsByResult("GuiComponentTools::GetGlobalValue"))
+        return nullptr;
     values::ValueBase* const published = d->common ? d->common->d->FindGlobalValue(name) : nullptr;
     return published != nullptr ? published : values::Tree::Instance()->FindValue(GetGlobalPath() + name);
 }
 
 void GuiComponentTools::AddParameterSet(const QString& name, QObject* receiver, const char* slot)
 {
+    faults::mayRaise("GuiComponentTools::AddParameterSet");
     if (d->common)
         d->common->d->SetParameterSet(d->Key(name), this, SlotCaller::Make<SlotCaller>(receiver, slot));
 }
 
 void GuiComponentTools::UpdateParameterSet(const QString& name, const QString& xml)
 {
+    faults::mayRaise("GuiComponentTools::UpdateParameterSet");
     GuiComponentCommon* const common = d->common;
     if (common == nullptr)
         return;
@@ -180,6 +200,7 @@ void GuiComponentTools::UpdateParameterSet(const QString& name, const QString& x
 
 QString GuiComponentTools::GetPGXMLFilename(const QString& name, const QString& kind) const
 {
+    faults::mayRaise("GuiComponentTools::GetPGXMLFilename");
     const QString file = QStringLiteral("%1_%2.xml").arg(name, kind);
     const QString folder = d->common ? d->common->d->formFolder : QString();
     return folder.isEmpty() ? file : QDir(folder).filePath(file);

@@ -1,5 +1,6 @@
 #include "guicomponentbase/iguicomponent.h"
 
+#include "faultpoints/faultpoint.h"
 #include "guicomponentbase/ivelmarguiservice.h"
 
 IDllInstance::~IDllInstance() = default;
@@ -12,6 +13,7 @@ IVelmarGuiUserInputControlService::~IVelmarGuiUserInputControlService() = defaul
 IGuiComponent::IGuiComponent(const QString& name)
     : m_name(name)
 {
+    faults::mayRaise("IGuiComponent::IGuiComponent");
 }
 
 IGuiComponent::~IGuiComponent() = default;

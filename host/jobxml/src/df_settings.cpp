@@ -1,5 +1,6 @@
 #include "jobxml/df_settings.h"
 
+#include "faultpoints/faultpoint.h"
 #include "numbers.h"
 #include "settingsreader.h"
 
@@ -98,6 +99,7 @@ void writeName(QXmlStreamWriter& xml, QLatin1String element, const QString& name
 
 QString DF_Settings::GetXmlString() const
 {
+    faults::mayRaise("DF_Settings::GetXmlString");
     QString text;
     QXmlStreamWriter xml(&text);
     xml.writeStartElement(settingsElement);
@@ -120,6 +122,10 @@ QString DF_Settings::GetXmlString() const
 
 bool DF_Settings::SetXmlString(const QString& xml)
 {
+    if (faults::failsByResult("DF_Settings::SetXmlString")) {
+        *this = DF_Settings();
+        return false;
+    }
     DF_Settings read;
     SettingsReader reader(xml);
     if (reader.nextChild() && reader.name() == settingsElement)
@@ -165,11 +171,13 @@ void DF_Settings::ReadChildren(SettingsReader& reader)
 
 void DF_Settings::SetBandwidth(const Bandwidth& bandwidth)
 {
+    faults::mayRaise("DF_Settings::SetBandwidth");
     m_bandwidth = bandwidth;
 }
 
 const Bandwidth& DF_Settings::GetBandwidth() const
 {
+    faults::mayRaise("DF_Settings::GetBandwidth");
     return m_bandwidth;
 }
 
@@ -180,11 +188,13 @@ bool DF_Settings::IsBandwidthSet() const
 
 void DF_Settings::SetAveraging(double milliseconds)
 {
+    faults::mayRaise("DF_Settings::SetAveraging");
     m_averaging = finite(milliseconds, "DF_Settings::SetAveraging");
 }
 
 double DF_Settings::GetAveraging() const
 {
+    faults::mayRaise("DF_Settings::GetAveraging");
     return m_averaging.value_or(0.0);
 }
 
@@ -195,11 +205,13 @@ bool DF_Settings::IsAveragingSet() const
 
 void DF_Settings::SetDFMode(TDFMode mode)
 {
+    faults::mayRaise("DF_Settings::SetDFMode");
     m_dfMode = known(dfModes(), mode);
 }
 
 DF_Settings::TDFMode DF_Settings::GetDFMode() const
 {
+    faults::mayRaise("DF_Settings::GetDFMode");
     return orUnset(m_dfMode);
 }
 
@@ -210,146 +222,180 @@ bool DF_Settings::IsDFModeSet() const
 
 DF_SettingsDetail& DF_Settings::GetDetail()
 {
+    faults::mayRaise("DF_Settings::GetDetail");
     return m_detail;
 }
 
 const DF_SettingsDetail& DF_Settings::GetDetail() const
 {
+    faults::mayRaise("DF_Settings::GetDetail");
     return m_detail;
 }
 
 void DF_Settings::SetFrequencyOffset(double hertz)
 {
+    faults::mayRaise("DF_Settings::SetFrequencyOffset");
     m_frequencyOffset = finite(hertz, "DF_Settings::SetFrequencyOffset");
 }
 
 double DF_Settings::GetFrequencyOffset() const
 {
+    faults::mayRaise("DF_Settings::GetFrequencyOffset");
     return m_frequencyOffset.value_or(0.0);
 }
 
 bool DF_Settings::IsFrequencyOffsetSet() const
 {
+    if (faults::failsByResult("DF_Settings::IsFrequencyOffsetSet"))
+        return false;
     return m_frequencyOffset.has_value();
 }
 
 void DF_Settings::SetWorkflow(TWorkflow workflow)
 {
+    faults::mayRaise("DF_Settings::SetWorkflow");
     m_workflow = known(workflows(), workflow);
 }
 
 DF_Settings::TWorkflow DF_Settings::GetWorkflow() const
 {
+    faults::mayRaise("DF_Settings::GetWorkflow");
     return orUnset(m_workflow);
 }
 
 bool DF_Settings::IsWorkflowSet() const
 {
+    if (faults::failsByResult("DF_Settings::IsWorkflowSet"))
+        return false;
     return m_workflow.has_value();
 }
 
 void DF_Settings::SetLocateType(TLocateType type)
 {
+    faults::mayRaise("DF_Settings::SetLocateType");
     m_locateType = known(locateTypes(), type);
 }
 
 DF_Settings::TLocateType DF_Settings::GetLocateType() const
 {
+    faults::mayRaise("DF_Settings::GetLocateType");
     return orUnset(m_locateType);
 }
 
 bool DF_Settings::IsLocateTypeSet() const
 {
+    if (faults::failsByResult("DF_Settings::IsLocateTypeSet"))
+        return false;
     return m_locateType.has_value();
 }
 
 void DF_Settings::SetActivity(TActivity activity)
 {
+    faults::mayRaise("DF_Settings::SetActivity");
     m_activity = known(activities(), activity);
 }
 
 DF_Settings::TActivity DF_Settings::GetActivity() const
 {
+    faults::mayRaise("DF_Settings::GetActivity");
     return orUnset(m_activity);
 }
 
 bool DF_Settings::IsActivitySet() const
 {
+    if (faults::failsByResult("DF_Settings::IsActivitySet"))
+        return false;
     return m_activity.has_value();
 }
 
 void DF_Settings::SetActivityTrigger(TActivityTrigger trigger)
 {
+    faults::mayRaise("DF_Settings::SetActivityTrigger");
     m_activityTrigger = known(activityTriggers(), trigger);
 }
 
 DF_Settings::TActivityTrigger DF_Settings::GetActivityTrigger() const
 {
+    faults::mayRaise("DF_Settings::GetActivityTrigger");
     return orUnset(m_activityTrigger);
 }
 
 bool DF_Settings::IsActivityTriggerSet() const
 {
+    if (faults::failsByResult("DF_Settings::IsActivityTriggerSet"))
+        return false;
     return m_activityTrigger.has_value();
 }
 
 QString DF_Settings::DFModeToName(TDFMode mode)
 {
+    faults::mayRaise("DF_Settings::DFModeToName");
     return toName(dfModes(), mode);
 }
 
 DF_Settings::TDFMode DF_Settings::NameToDFMode(const QString& name)
 {
+    faults::mayRaise("DF_Settings::NameToDFMode");
     return fromName<TDFMode>(dfModes(), name.left(modeNameLength));
 }
 
 QString DF_Settings::WorkflowToName(TWorkflow workflow)
 {
+    faults::mayRaise("DF_Settings::WorkflowToName");
     return toName(workflows(), workflow);
 }
 
 DF_Settings::TWorkflow DF_Settings::NameToWorkflow(const QString& name)
 {
+    faults::mayRaise("DF_Settings::NameToWorkflow");
     return fromName<TWorkflow>(workflows(), name);
 }
 
 QString DF_Settings::LocateTypeToName(TLocateType type)
 {
+    faults::mayRaise("DF_Settings::LocateTypeToName");
     return toName(locateTypes(), type);
 }
 
 DF_Settings::TLocateType DF_Settings::NameToLocateType(const QString& name)
 {
+    faults::mayRaise("DF_Settings::NameToLocateType");
     return fromName<TLocateType>(locateTypes(), name);
 }
 
 QString DF_Settings::ActivityTriggerToName(TActivityTrigger trigger)
 {
+    faults::mayRaise("DF_Settings::ActivityTriggerToName");
     return toName(activityTriggers(), trigger);
 }
 
 DF_Settings::TActivityTrigger DF_Settings::NameToActivityTrigger(const QString& name)
 {
+    faults::mayRaise("DF_Settings::NameToActivityTrigger");
     return fromName<TActivityTrigger>(activityTriggers(), name);
 }
 
 QStringList DF_Settings::GetWorkflows()
 {
+    faults::mayRaise("DF_Settings::GetWorkflows");
     return workflows();
 }
 
 QStringList DF_Settings::GetLocateTypes()
 {
+    faults::mayRaise("DF_Settings::GetLocateTypes");
     return locateTypes();
 }
 
 QStringList DF_Settings::GetActivitys()
 {
+    faults::mayRaise("DF_Settings::GetActivitys");
     return activities();
 }
 
 QStringList DF_Settings::GetActivityTriggers()
 {
+    faults::mayRaise("DF_Settings::GetActivityTriggers");
     return activityTriggers();
 }
 

@@ -1,5 +1,6 @@
 #include "jobxml/df_settingsdetail.h"
 
+#include "faultpoints/faultpoint.h"
 #include "numbers.h"
 #include "settingsreader.h"
 
@@ -14,16 +15,20 @@ const QLatin1String levelThresholdElement("LevelThreshold");
 
 bool DF_SettingsDetail::HasData() const
 {
+    if (faults::failsByResult("DF_SettingsDetail::HasData"))
+        return false;
     return IsQualityThresholdSet() || IsLevelThresholdSet();
 }
 
 void DF_SettingsDetail::SetQualityThreshold(int percent)
 {
+    faults::mayRaise("DF_SettingsDetail::SetQualityThreshold");
     m_qualityThreshold = percent;
 }
 
 int DF_SettingsDetail::GetQualityThreshold() const
 {
+    faults::mayRaise("DF_SettingsDetail::GetQualityThreshold");
     return m_qualityThreshold.value_or(0);
 }
 
@@ -34,11 +39,13 @@ bool DF_SettingsDetail::IsQualityThresholdSet() const
 
 void DF_SettingsDetail::SetLevelThreshold(double level)
 {
+    faults::mayRaise("DF_SettingsDetail::SetLevelThreshold");
     m_levelThreshold = finite(level, "DF_SettingsDetail::SetLevelThreshold");
 }
 
 double DF_SettingsDetail::GetLevelThreshold() const
 {
+    faults::mayRaise("DF_SettingsDetail::GetLevelThreshold");
     return m_levelThreshold.value_or(0.0);
 }
 

@@ -1,5 +1,6 @@
 #include "kt270/pgxmlformular.h"
 
+#include "faultpoints/faultpoint.h"
 #include "formtext.h"
 #include "pgxmlformularprivate.h"
 #include "shortcut.h"
@@ -163,18 +164,23 @@ PgXmlFormular::~PgXmlFormular() = default;
 
 void PgXmlFormular::CreateValueTree()
 {
+    faults::mayRaise("PgXmlFormular::CreateValueTree");
     if (!d->hasFields)
         d->CreateFields();
 }
 
 bool PgXmlFormular::InitVTValue(const QString& field, values::ValueBase* value)
 {
+    if (faults::failsByResult("PgXmlFormular::InitVTValue"))
+        return false;
     FormField* const found = d->FindField(field);
     return found != nullptr && found->Bind(value);
 }
 
 bool PgXmlFormular::InitEnumeration(const QString& enumeration, values::ValueSelection* items, const QStringList& texts)
 {
+    if (faults::failsByResult("PgXmlFormular::InitEnumeration"))
+        return false;
     if (items == nullptr || !d->hasFields || !d->description.enumerations.contains(enumeration))
         return false;
     for (const auto& field : d->fields) {
@@ -186,6 +192,7 @@ bool PgXmlFormular::InitEnumeration(const QString& enumeration, values::ValueSel
 
 void PgXmlFormular::CreateGUI(bool online)
 {
+    faults::mayRaise("PgXmlFormular::CreateGUI");
     d->isOnline = online;
     if (!d->hasFields || !d->sheet || std::exchange(d->hasGui, true))
         return;
@@ -198,6 +205,8 @@ void PgXmlFormular::CreateGUI(bool online)
 
 bool PgXmlFormular::SetXmlString(const QString& xml)
 {
+    if (faults::failsByResult("PgXmlFormular::SetXmlString"))
+        return false;
     QSet<QString> names;
     for (const auto& field : d->fields)
         names.insert(field->GetDescription().name);
@@ -216,6 +225,7 @@ bool PgXmlFormular::SetXmlString(const QString& xml)
 
 QString PgXmlFormular::GetXmlString()
 {
+    faults::mayRaise("PgXmlFormular::GetXmlString");
     QString xml;
     if (!d->hasFields)
         return xml;
@@ -245,6 +255,8 @@ QString PgXmlFormular::GetXmlString()
 
 bool PgXmlFormular::EvaluateScript(const QString& code)
 {
+    if (faults::failsByResult("PgXmlFormular::EvaluateScript"))
+        return false;
     if (!d->hasFields)
         return false;
     const ScriptOutcome outcome = d->script->Run(code);
@@ -258,6 +270,7 @@ bool PgXmlFormular::EvaluateScript(const QString& code)
 
 void PgXmlFormular::SetVTValue(values::ValueBase* value, IObserver* /*observer*/, bool refresh)
 {
+    faults::mayRaise("PgXmlFormular::SetVTValue");
     for (const auto& field : d->fields) {
         if (field->GetBound() == value)
             field->TakeOver(refresh);
@@ -266,22 +279,28 @@ void PgXmlFormular::SetVTValue(values::ValueBase* value, IObserver* /*observer*/
 
 PgXmlSheet* PgXmlFormular::GetSheet() const
 {
+    if (faults::failsByResult("PgXmlFormular::GetSheet"))
+        return nullptr;
     return d->sheet;
 }
 
 QWidget* PgXmlFormular::GetWidget() const
 {
+    if (faults::failsByResult("PgXmlFormular::GetWidget"))
+        return nullptr;
     return d->widget;
 }
 
 void PgXmlFormular::Show()
 {
+    faults::mayRaise("PgXmlFormular::Show");
     if (d->widget)
         d->widget->show();
 }
 
 void PgXmlFormular::SetConfigObject(VelmarGui::GuiComponentCommon* common, const QString& name)
 {
+    faults::mayRaise("PgXmlFormular::SetConfigObject");
     d->common = common;
     d->configurationName = name.toUtf8();
     d->RestoreConfiguration();
@@ -289,6 +308,7 @@ void PgXmlFormular::SetConfigObject(VelmarGui::GuiComponentCommon* common, const
 
 void PgXmlFormular::RestoreConfiguration()
 {
+    faults::mayRaise("PgXmlFormular::RestoreConfiguration");
     d->RestoreConfiguration();
 }
 

@@ -1,5 +1,6 @@
 #include "kt270/pgxmlparser.h"
 
+#include "faultpoints/faultpoint.h"
 #include "kt270/pgxmlformular.h"
 #include "kt270/pgxmlsheet.h"
 
@@ -32,6 +33,8 @@ QSet<QString> fieldNames(const FormDescription& description)
 
 PgXmlFormular* PgXmlParser::ParsePGXML(const QString& text)
 {
+    if (faults::failsByResult("PgXmlParser::ParsePGXML"))
+        return nullptr;
     const QString place = QStringLiteral("PGXML");
     if (text.size() > MaxSize)
         return Refuse(place, tr("at most %1 characters expected").arg(MaxSize));
@@ -41,6 +44,8 @@ PgXmlFormular* PgXmlParser::ParsePGXML(const QString& text)
 
 PgXmlFormular* PgXmlParser::ParsePGXMLFile(const QString& fileName)
 {
+    if (faults::failsByResult("PgXmlParser::ParsePGXMLFile"))
+        return nullptr;
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
         return Refuse(fileName, tr("a readable file expected (%1)").arg(file.errorString()));

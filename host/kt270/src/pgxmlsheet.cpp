@@ -1,5 +1,6 @@
 #include "kt270/pgxmlsheet.h"
 
+#include "faultpoints/faultpoint.h"
 #include "shortcut.h"
 
 #include <QEvent>
@@ -74,6 +75,7 @@ PgXmlSheet::~PgXmlSheet() = default;
 
 void PgXmlSheet::InsertWidget(const QString& label, const QString& fieldName, QWidget* widget, int row)
 {
+    faults::mayRaise("PgXmlSheet::InsertWidget");
     if (widget == nullptr)
         return;
     m_rows.erase(std::remove_if(m_rows.begin(), m_rows.end(), [](const Row& entry) { return !entry.widget; }),
@@ -137,6 +139,7 @@ QWidget* PgXmlSheet::GetFieldWidget(const QString& fieldName) const
 
 void PgXmlSheet::setModified(bool modified)
 {
+    faults::mayRaise("PgXmlSheet::setModified");
     m_modified = modified;
     m_mark->setVisible(modified);
     if (modified)
@@ -145,6 +148,7 @@ void PgXmlSheet::setModified(bool modified)
 
 void PgXmlSheet::EnableInput(bool enable, int row)
 {
+    faults::mayRaise("PgXmlSheet::EnableInput");
     if (row == 0)
         m_body->setEnabled(enable);
     for (const Row& entry : m_rows) {

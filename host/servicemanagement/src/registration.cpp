@@ -1,5 +1,7 @@
 #include "servicemanagement/registration.h"
 
+#include "faultpoints/faultpoint.h"
+
 #include <utility>
 
 namespace ServiceManagement {
@@ -12,6 +14,8 @@ Registration::Registration(std::type_index interfaceType, std::shared_ptr<void> 
 
 std::shared_ptr<void> Registration::get(const std::type_index& interfaceType) const
 {
+    if (faults::failsByResult("Registration::get"))
+        return nullptr;
     return interfaceType == m_interfaceType ? m_service : nullptr;
 }
 

@@ -1,5 +1,7 @@
 #include "servicemanagement/serviceregistry.h"
 
+#include "faultpoints/faultpoint.h"
+
 #include <utility>
 
 namespace ServiceManagement {
@@ -10,6 +12,8 @@ ServiceRegistryBase::~ServiceRegistryBase() = default;
 std::vector<const Registration*> ServiceRegistryBase::findServiceRegistrationsImpl(const std::type_index& interfaceType,
                                                                                    const Filter& filter) const
 {
+    if (faults::failsByResult("ServiceRegistryBase::findServiceRegistrationsImpl"))
+        return {};
     std::vector<const Registration*> found;
     for (const auto& registration : m_registrations) {
         if (registration->interfaceType() == interfaceType && (!filter || filter(*registration)))

@@ -1,5 +1,6 @@
 #include "valueframework/tree.h"
 
+#include "faultpoints/faultpoint.h"
 #include "valueframework/valuebase.h"
 
 #include <algorithm>
@@ -40,6 +41,7 @@ Tree::~Tree() = default;
 
 Tree* Tree::Instance()
 {
+    faults::mayRaise("Tree::Instance");
     // Lives for the whole process: whatever holds values may outlive any static object.
     static Tree* const instance = new Tree;
     return instance;
@@ -47,11 +49,15 @@ Tree* Tree::Instance()
 
 ValueBase* Tree::FindValue(const QString& path) const
 {
+    if (faults::failsByResult("Tree::FindValue"))
+        return nullptr;
     return m_values.value(canonical(path));
 }
 
 bool Tree::InsertValue(const QString& parentPath, ValueBase* value)
 {
+    if (faults::failsByResult("Tree::InsertValue"))
+        return false;
     if (value == nullptr || value->m_inTree || value->m_name.isEmpty())
         return false;
     const QString path = canonical(parentPath + separator + value->m_name);

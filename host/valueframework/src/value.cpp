@@ -1,5 +1,7 @@
 #include "valueframework/valueclasses/value.h"
 
+#include "faultpoints/faultpoint.h"
+
 namespace values {
 
 namespace {
@@ -35,6 +37,8 @@ Value<T, Format, Stream>::~Value() = default;
 template <typename T, typename Format, typename Stream>
 bool Value<T, Format, Stream>::SetValue(const T& value, IObserver* observer)
 {
+    if (faults::failsByResult("Value::SetValue"))
+        return false;
     const bool changed = m_value != value;
     if (changed)
         m_value = value;
@@ -57,6 +61,7 @@ QString Value<T, Format, Stream>::GetTypeName() const
 template <typename T, typename Format, typename Stream>
 QString Value<T, Format, Stream>::GetStringValue() const
 {
+    faults::mayRaise("Value::GetStringValue");
     return Format::ToText(m_value);
 }
 

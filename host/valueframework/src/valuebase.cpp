@@ -1,5 +1,6 @@
 #include "valueframework/valuebase.h"
 
+#include "faultpoints/faultpoint.h"
 #include "valueframework/tree.h"
 
 #include <algorithm>
@@ -37,6 +38,8 @@ ValueBase::~ValueBase()
 
 bool ValueBase::SetName(const QString& name, IObserver* /*observer*/)
 {
+    if (faults::failsByResult("ValueBase::SetName"))
+        return false;
     if (name.isEmpty())
         return false;
     if (m_inTree)
@@ -47,17 +50,20 @@ bool ValueBase::SetName(const QString& name, IObserver* /*observer*/)
 
 QString ValueBase::GetPathName() const
 {
+    faults::mayRaise("ValueBase::GetPathName");
     // A value just taken out keeps its path, so that those who are told of it know which one it was.
     return m_path.isEmpty() ? m_name : m_path;
 }
 
 void ValueBase::SetTranslationNamespace(const QString& translationNamespace)
 {
+    faults::mayRaise("ValueBase::SetTranslationNamespace");
     m_translationNamespace = translationNamespace;
 }
 
 void ValueBase::SetState(TValueState state, IObserver* observer)
 {
+    faults::mayRaise("ValueBase::SetState");
     if (state == m_state)
         return;
     m_state = state;
@@ -66,12 +72,14 @@ void ValueBase::SetState(TValueState state, IObserver* observer)
 
 void ValueBase::StartTransaction(IObserver* observer)
 {
+    faults::mayRaise("ValueBase::StartTransaction");
     if (m_transactionDepth++ == 0)
         m_transactionObserver = observer;
 }
 
 void ValueBase::EndTransaction(TChangeCode code)
 {
+    faults::mayRaise("ValueBase::EndTransaction");
     EndTransaction(std::vector<TChangeCode>{code});
 }
 
@@ -93,6 +101,7 @@ ValueTransaction ValueBase::CreateTransaction(std::vector<TChangeCode> codes, IO
 
 void ValueBase::HasChanged(TChangeCode code, IObserver* observer)
 {
+    faults::mayRaise("ValueBase::HasChanged");
     if (!IsTransactionActive())
         NotifyObservers(code, observer);
 }

@@ -1,5 +1,7 @@
 #include "valueframework/valueclasses/valuenumeric.h"
 
+#include "faultpoints/faultpoint.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -40,6 +42,8 @@ ValueNumeric<T, Format, Stream>::~ValueNumeric() = default;
 template <typename T, typename Format, typename Stream>
 bool ValueNumeric<T, Format, Stream>::SetValue(T value, IObserver* observer)
 {
+    if (faults::failsByResult("ValueNumeric::SetValue"))
+        return false;
     // Refused, not clamped: a device setting nobody asked for would be worse than none.
     if (!Kind<T>::isNumber(value) || value < m_min || value > m_max)
         return false;
@@ -52,6 +56,8 @@ bool ValueNumeric<T, Format, Stream>::SetValue(T value, IObserver* observer)
 template <typename T, typename Format, typename Stream>
 bool ValueNumeric<T, Format, Stream>::SetMinMax(T min, T max, T step, IObserver* observer)
 {
+    if (faults::failsByResult("ValueNumeric::SetMinMax"))
+        return false;
     if (!Kind<T>::isNumber(min) || !Kind<T>::isNumber(max) || !Kind<T>::isNumber(step) || min > max || step < 0)
         return false;
     if (min == m_min && max == m_max && step == m_step)

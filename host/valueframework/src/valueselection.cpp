@@ -1,5 +1,6 @@
 #include "valueframework/valueclasses/valueselection.h"
 
+#include "faultpoints/faultpoint.h"
 #include "valueframework/valueclasses/formats.h"
 
 #include <algorithm>
@@ -35,6 +36,8 @@ bool ValueSelection::PutItem(SelectionItem item)
 
 bool ValueSelection::AddItem(const QString& name, double value, int key, IObserver* observer)
 {
+    if (faults::failsByResult("ValueSelection::AddItem"))
+        return false;
     if (key == NoKey || std::isnan(value))
         return false;
     if (PutItem({name, value, key}))
@@ -44,6 +47,7 @@ bool ValueSelection::AddItem(const QString& name, double value, int key, IObserv
 
 void ValueSelection::AddItems(const QStringList& names, IObserver* observer)
 {
+    faults::mayRaise("ValueSelection::AddItems");
     bool changed = false;
     for (const QString& name : names)
         changed |= PutItem({name, 0.0, GetItemCount()});
@@ -53,6 +57,7 @@ void ValueSelection::AddItems(const QStringList& names, IObserver* observer)
 
 void ValueSelection::AddItemsFrom(const ValueSelection& other, IObserver* observer)
 {
+    faults::mayRaise("ValueSelection::AddItemsFrom");
     bool changed = false;
     if (&other != this) {
         for (const SelectionItem& item : other.m_items)
@@ -85,6 +90,7 @@ bool ValueSelection::DeleteItem(int key, IObserver* observer)
 
 void ValueSelection::DeleteItems(IObserver* observer)
 {
+    faults::mayRaise("ValueSelection::DeleteItems");
     if (m_items.empty())
         return;
     const bool hadCurrent = m_current >= 0;
@@ -99,11 +105,15 @@ void ValueSelection::DeleteItems(IObserver* observer)
 
 const SelectionItem* ValueSelection::GetItem(int index) const
 {
+    if (faults::failsByResult("ValueSelection::GetItem"))
+        return nullptr;
     return index >= 0 && index < GetItemCount() ? &m_items[static_cast<std::size_t>(index)] : nullptr;
 }
 
 int ValueSelection::GetItemIndex(int key) const
 {
+    if (faults::failsByResult("ValueSelection::GetItemIndex"))
+        return -1;
     return m_indexByKey.value(key, -1);
 }
 
@@ -129,6 +139,8 @@ bool ValueSelection::SelectFirst(Match match, IObserver* observer)
 
 bool ValueSelection::Select(const QString& name, IObserver* observer)
 {
+    if (faults::failsByResult("ValueSelection::Select"))
+        return false;
     return SelectFirst([&name](const SelectionItem& item) { return item.GetName() == name; }, observer);
 }
 
@@ -139,11 +151,15 @@ bool ValueSelection::Select(const wchar_t* name, IObserver* observer)
 
 bool ValueSelection::Select(int key, IObserver* observer)
 {
+    if (faults::failsByResult("ValueSelection::Select"))
+        return false;
     return SelectIndex(GetItemIndex(key), observer);
 }
 
 bool ValueSelection::Select(double value, IObserver* observer, bool exact)
 {
+    if (faults::failsByResult("ValueSelection::Select"))
+        return false;
     if (!exact)
         return SelectClosestValue(value, observer);
     return SelectFirst([value](const SelectionItem& item) { return item.GetValue() == value; }, observer);
@@ -151,6 +167,8 @@ bool ValueSelection::Select(double value, IObserver* observer, bool exact)
 
 bool ValueSelection::SelectIndex(int index, IObserver* observer)
 {
+    if (faults::failsByResult("ValueSelection::SelectIndex"))
+        return false;
     if (index < 0 || index >= GetItemCount())
         return false;
     const bool changed = index != m_current;
@@ -161,6 +179,8 @@ bool ValueSelection::SelectIndex(int index, IObserver* observer)
 
 bool ValueSelection::SelectClosestValue(double value, IObserver* observer)
 {
+    if (faults::failsByResult("ValueSelection::SelectClosestValue"))
+        return false;
     if (m_items.empty() || std::isnan(value))
         return false;
     const auto closest =
@@ -172,12 +192,16 @@ bool ValueSelection::SelectClosestValue(double value, IObserver* observer)
 
 int ValueSelection::GetCurrentKey() const
 {
+    if (faults::failsByResult("ValueSelection::GetCurrentKey"))
+        return NoKey;
     const SelectionItem* item = GetCurrentItem();
     return item != nullptr ? item->GetKey() : NoKey;
 }
 
 double ValueSelection::GetCurrentValue() const
 {
+    if (faults::failsByResult("ValueSelection::GetCurrentValue"))
+        return 0.0;
     const SelectionItem* item = GetCurrentItem();
     return item != nullptr ? item->GetValue() : 0.0;
 }

@@ -1,5 +1,6 @@
 #include "valuewidgets/vccomboboxclassic.h"
 
+#include "faultpoints/faultpoint.h"
 #include "valuebinding.h"
 #include "valueedit.h"
 #include "valueframework/valueclasses/valueselection.h"
@@ -129,6 +130,7 @@ VCComboBoxClassic::VCComboBoxClassic(QWidget* parent)
     : QComboBox(parent)
     , d(std::make_unique<Private>(*this))
 {
+    faults::mayRaise("VCComboBoxClassic::VCComboBoxClassic");
     d->ShowEverything();
     connect(this, QOverload<int>::of(&QComboBox::activated), this, [this](int index) { d->Choose(index); });
 }
@@ -137,11 +139,13 @@ VCComboBoxClassic::~VCComboBoxClassic() = default;
 
 void VCComboBoxClassic::SetValueSelection(values::ValueSelection* selection)
 {
+    faults::mayRaise("VCComboBoxClassic::SetValueSelection");
     d->BindTo(selection);
 }
 
 void VCComboBoxClassic::SetValueSelection_ValuePath(const QString& path)
 {
+    faults::mayRaise("VCComboBoxClassic::SetValueSelection_ValuePath");
     d->BindToPath(path);
 }
 

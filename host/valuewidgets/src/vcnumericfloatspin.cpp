@@ -1,5 +1,6 @@
 #include "valuewidgets/vcnumericfloatspin.h"
 
+#include "faultpoints/faultpoint.h"
 #include "valuebinding.h"
 #include "valueedit.h"
 #include "valueframework/valueclasses/valuenumeric.h"
@@ -268,6 +269,7 @@ VCNumericFloatSpin::VCNumericFloatSpin(QWidget* parent, bool editableWhenUnused)
     : QDoubleSpinBox(parent)
     , d(std::make_unique<Private>(*this, editableWhenUnused))
 {
+    faults::mayRaise("VCNumericFloatSpin::VCNumericFloatSpin");
     setKeyboardTracking(false);
     d->ShowEverything();
     connect(this, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
@@ -283,6 +285,7 @@ void VCNumericFloatSpin::SetNumeric(ValueBase* numeric)
 
 void VCNumericFloatSpin::SetNumeric_ValuePath(const QString& path)
 {
+    faults::mayRaise("VCNumericFloatSpin::SetNumeric_ValuePath");
     d->BindToPath(path);
 }
 

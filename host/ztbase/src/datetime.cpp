@@ -1,5 +1,7 @@
 #include "ztbase/brix/datetime.h"
 
+#include "faultpoints/faultpoint.h"
+
 #include <QRegularExpression>
 
 namespace Brix {
@@ -36,6 +38,8 @@ DateTime::DateTime(QDateTime utc)
 
 DateTime DateTime::fromString(const QString& text)
 {
+    if (faults::failsByResult("Brix::DateTime::fromString"))
+        return {};
     const QRegularExpressionMatch match = isoForm().match(text);
     if (!match.hasMatch())
         return {};
@@ -49,6 +53,7 @@ DateTime DateTime::fromString(const QString& text)
 
 QString DateTime::toString(TimeZone zone) const
 {
+    faults::mayRaise("Brix::DateTime::toString");
     if (!isValid())
         return {};
     const QDateTime shown = zone == Brix::Local_TimeZone ? m_utc.toLocalTime() : m_utc;

@@ -1,5 +1,7 @@
 #include "ztbase/errorhandler.h"
 
+#include "faultpoints/faultpoint.h"
+
 #include <QLoggingCategory>
 
 namespace {
@@ -11,6 +13,7 @@ ErrorHandler::~ErrorHandler() = default;
 
 ErrorHandler* ErrorHandler::Instance()
 {
+    faults::mayRaise("ErrorHandler::Instance");
     // Lives for the whole process: traces are written until the last static object is gone.
     static ErrorHandler* const instance = new ErrorHandler;
     return instance;
@@ -18,6 +21,7 @@ ErrorHandler* ErrorHandler::Instance()
 
 int ErrorHandler::GetTraceMask() const
 {
+    faults::mayRaise("ErrorHandler::GetTraceMask");
     return m_traceMask;
 }
 
@@ -44,5 +48,6 @@ void ErrorHandler::Trace(const TraceRecord& record)
 
 void _Q_Trace(const QString& text, const QString& sourceFile, unsigned short line)
 {
+    faults::mayRaise("_Q_Trace");
     ErrorHandler::Instance()->Trace({text, sourceFile, line});
 }

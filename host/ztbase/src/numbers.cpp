@@ -1,5 +1,7 @@
 #include "ztbase/brix/numbers.h"
 
+#include "faultpoints/faultpoint.h"
+
 #include <QLocale>
 #include <QString>
 
@@ -9,6 +11,7 @@ namespace Brix {
 
 double toDoubleEx(const QString& text, bool* ok)
 {
+    faults::mayRaise("Brix::toDoubleEx");
     QString number = text.trimmed();
     // "1,5" is a decimal comma; a text with both signs is no number, so that "1,234.5" is not read as something else.
     if (number.count(QLatin1Char(',')) == 1 && !number.contains(QLatin1Char('.')))

@@ -1,5 +1,7 @@
 #include "ztbase/observable.h"
 
+#include "faultpoints/faultpoint.h"
+
 #include <algorithm>
 #include <exception>
 
@@ -15,6 +17,7 @@ Observable::~Observable()
 
 bool Observable::AddObserver(IObserver* observer)
 {
+    faults::mayRaise("Observable::AddObserver");
     if (observer == nullptr || IsObservedBy(observer))
         return false;
     m_observers.push_back(observer);

@@ -1,0 +1,7 @@
+#include "faultpoints/faultpoint.h"
+
+namespace faults {
+
+std::atomic<Hook> hook{nullptr};
+
+} // namespace faults
