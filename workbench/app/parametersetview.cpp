@@ -1,5 +1,7 @@
 #include "app/parametersetview.h"
 
+#include "filework/filework.h"
+
 #include "guicomponentbase/guicomponentcommon.h"
 
 #include <QDir>
@@ -11,6 +13,8 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QStackedWidget>
+
+#include <utility>
 
 namespace workbench {
 
@@ -25,11 +29,12 @@ ParameterSetView::ParameterSetView(GuiComponentCommon& common, const QString& co
     , m_set(set)
     , m_isOffline(isOffline)
     , m_store(folder)
+    , m_files(new FileWork(this))
 {
     setObjectName(QStringLiteral("ParameterSetView"));
     layOut();
     connectCommon();
-    refreshNames({});
+    refreshNames();
     refreshText();
     setModified(false);
 }
@@ -116,13 +121,26 @@ void ParameterSetView::connectCommon()
 void ParameterSetView::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
-    refreshNames(selectedName()); // files may have come or gone meanwhile
+    refreshNames(); // files may have come or gone meanwhile
 }
 
-void ParameterSetView::refreshNames(const QString& current)
+void ParameterSetView::refreshNames()
+{
+    m_files->run([store = m_store] { return store.GetNames(); },
+                 [this](const QStringList& names) {
+                     // A name that is being typed is not taken away.
+                     const QString edited = m_nameEdit->text();
+                     const bool isTyped = edited != selectedName();
+                     showNames(names, selectedName());
+                     if (isTyped)
+                         m_nameEdit->setText(edited);
+                 });
+}
+
+void ParameterSetView::showNames(const QStringList& names, const QString& current)
 {
     m_list->clear();
-    m_list->addItems(m_store.GetNames());
+    m_list->addItems(names);
     const QList<QListWidgetItem*> found = m_list->findItems(current, Qt::MatchExactly | Qt::MatchCaseSensitive);
     m_list->setCurrentItem(found.isEmpty() ? m_list->item(0) : found.first());
     m_names->setCurrentWidget(m_list->count() > 0 ? static_cast<QWidget*>(m_list) : m_emptyText);
@@ -166,10 +184,34 @@ QString ParameterSetView::editedName() const
     return m_nameEdit->text().trimmed();
 }
 
-bool ParameterSetView::tell(const ParameterSetStore::Error& error, const QString& done)
+template <typename Work, typename Answer>
+void ParameterSetView::start(Work work, Answer answer)
 {
-    emit message(error.isEmpty() ? done : error);
-    return error.isEmpty();
+    if (m_isBusy) {
+        emit message(tr("The last request for a parameter set is still being worked on."));
+        return;
+    }
+    m_isBusy = true;
+    m_files->run(std::move(work), [this, answer](const auto& result) {
+        m_isBusy = false;
+        answer(result);
+    });
+}
+
+template <typename Change>
+void ParameterSetView::change(Change change, const QString& current, const QString& done)
+{
+    start(
+        [store = m_store, change] {
+            const ParameterSetStore::Error error = change(store);
+            return std::make_pair(error, store.GetNames());
+        },
+        [this, current, done](const std::pair<ParameterSetStore::Error, QStringList>& outcome) {
+            const auto& [error, names] = outcome;
+            if (error.isEmpty())
+                showNames(names, current);
+            emit message(error.isEmpty() ? done : error);
+        });
 }
 
 void ParameterSetView::load()
@@ -177,13 +219,18 @@ void ParameterSetView::load()
     const QString name = selectedName();
     if (!m_common || name.isEmpty())
         return;
-    const ParameterSetStore::Loaded loaded = m_store.Load(name);
+    start([store = m_store, name] { return store.Load(name); },
+          [this, name](const ParameterSetStore::Loaded& loaded) { handOver(name, loaded); });
+}
+
+void ParameterSetView::handOver(const QString& name, const ParameterSetStore::Loaded& loaded)
+{
     if (!loaded.xml) {
         emit message(loaded.error);
         return;
     }
     const QPointer<ParameterSetView> alive(this);
-    const bool isTaken = m_common->SetParameterSet(m_component, m_set, *loaded.xml);
+    const bool isTaken = m_common && m_common->SetParameterSet(m_component, m_set, *loaded.xml);
     if (!alive)
         return;
     if (isTaken) {
@@ -199,11 +246,14 @@ void ParameterSetView::save()
     const QString name = editedName();
     if (!m_common || name.isEmpty())
         return;
-    if (m_store.Contains(name))
-        ask(tr("There is a parameter set \"%1\" already. Replace it?").arg(name), tr("&Replace"),
-            &ParameterSetView::saveAs, name);
-    else
-        saveAs(name);
+    start([store = m_store, name] { return store.Contains(name); },
+          [this, name](bool isTaken) {
+              if (isTaken)
+                  ask(tr("There is a parameter set \"%1\" already. Replace it?").arg(name), tr("&Replace"),
+                      &ParameterSetView::saveAs, name);
+              else
+                  saveAs(name);
+          });
 }
 
 void ParameterSetView::saveAs(const QString& name)
@@ -218,15 +268,16 @@ void ParameterSetView::saveAs(const QString& name)
         emit message(tr("The component has not reported any settings that could be saved."));
         return;
     }
-    if (tell(m_store.Save(name, xml), tr("Parameter set \"%1\" is saved.").arg(name)))
-        refreshNames(name);
+    change([name, xml](const ParameterSetStore& store) { return store.Save(name, xml); }, name,
+           tr("Parameter set \"%1\" is saved.").arg(name));
 }
 
 void ParameterSetView::rename()
 {
+    const QString name = selectedName();
     const QString newName = editedName();
-    if (tell(m_store.Rename(selectedName(), newName), tr("The parameter set is called \"%1\" now.").arg(newName)))
-        refreshNames(newName);
+    change([name, newName](const ParameterSetStore& store) { return store.Rename(name, newName); }, newName,
+           tr("The parameter set is called \"%1\" now.").arg(newName));
 }
 
 void ParameterSetView::askToDelete()
@@ -237,8 +288,8 @@ void ParameterSetView::askToDelete()
 
 void ParameterSetView::deleteSet(const QString& name)
 {
-    if (tell(m_store.Delete(name), tr("Parameter set \"%1\" is deleted.").arg(name)))
-        refreshNames({});
+    change([name](const ParameterSetStore& store) { return store.Delete(name); }, {},
+           tr("Parameter set \"%1\" is deleted.").arg(name));
 }
 
 void ParameterSetView::request()

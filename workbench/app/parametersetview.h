@@ -18,8 +18,13 @@ class GuiComponentCommon;
 
 namespace workbench {
 
+class FileWork;
+
 /// One parameter set of a component beside the named sets in a store: hands a named set to the component, and keeps
 /// what the component reports. Shows the current text and whether there are edits that it does not have yet.
+///
+/// Files are read and written elsewhere, one operation at a time; what is asked for meanwhile is not done, and told. A
+/// view that goes during an operation does not wait for it, and the operation is done.
 class ParameterSetView : public QWidget
 {
     Q_OBJECT
@@ -39,7 +44,8 @@ protected:
 private:
     void layOut();
     void connectCommon();
-    void refreshNames(const QString& current);
+    void refreshNames();
+    void showNames(const QStringList& names, const QString& current);
     void refreshText();
     void setModified(bool modified);
     void updateButtons();
@@ -47,6 +53,7 @@ private:
     [[nodiscard]] QString editedName() const;
 
     void load();
+    void handOver(const QString& name, const VelmarGui::ParameterSetStore::Loaded& loaded);
     void save();
     void saveAs(const QString& name);
     void rename();
@@ -55,15 +62,22 @@ private:
     void request();
     void ask(const QString& question, const QString& button, void (ParameterSetView::*act)(const QString&),
              const QString& name);
-    /// Tells @p error, or @p done when it is empty.
-    bool tell(const VelmarGui::ParameterSetStore::Error& error, const QString& done);
+    /// Does @p work, an operation on the store, and calls @p answer with its result; not when another one is under way.
+    template <typename Work, typename Answer>
+    void start(Work work, Answer answer);
+    /// Does an operation that changes the store, shows what there is then with @p current selected, and tells @p done
+    /// or the error.
+    template <typename Change>
+    void change(Change change, const QString& current, const QString& done);
 
     QPointer<VelmarGui::GuiComponentCommon> m_common;
     QString m_component;
     QString m_set;
     bool m_isOffline;
     bool m_isModified = false;
+    bool m_isBusy = false; // with an operation on the store
     VelmarGui::ParameterSetStore m_store;
+    FileWork* m_files;
 
     QStackedWidget* m_names = nullptr;
     QListWidget* m_list = nullptr;

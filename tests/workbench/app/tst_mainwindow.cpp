@@ -345,8 +345,8 @@ void TestMainWindow::theParameterSetsHaveADock()
         QVERIFY(window.findChild<QPushButton*>("RequestParameterSet")->isVisible());
         QTest::keyClicks(window.findChild<QLineEdit*>("ParameterSetName"), "none");
         QTest::keyClick(window.findChild<QLineEdit*>("ParameterSetName"), Qt::Key_Return);
-        QCOMPARE(window.statusBar()->currentMessage(),
-                 QStringLiteral("The component has not reported any settings that could be saved."));
+        QTRY_COMPARE(window.statusBar()->currentMessage(),
+                     QStringLiteral("The component has not reported any settings that could be saved."));
     }
     QVERIFY(!window.findChild<QPushButton*>("SaveParameterSet")->isEnabled()); // the session may go first
     action(window, "&Parameter sets")->trigger();

@@ -1,5 +1,6 @@
 #include "app/parametersetview.h"
 
+#include "filework/filework.h"
 #include "guicomponentbase/guicomponentcommon.h"
 #include "guicomponentbase/guicomponenttools.h"
 #include "support/freshtree.h"
@@ -12,11 +13,13 @@
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSemaphore>
 #include <QTemporaryDir>
 
 using VelmarGui::GuiComponentCommon;
 using VelmarGui::GuiComponentTools;
 using VelmarGui::ParameterSetStore;
+using workbench::FileWork;
 using workbench::ParameterSetView;
 
 namespace {
@@ -88,10 +91,26 @@ class TestParameterSetView : public QObject
         m_view = std::make_unique<ParameterSetView>(*m_common, component, set, isOffline, m_folder->path());
         connect(m_view.get(), &ParameterSetView::message, this, [this](const QString& text) { m_messages += text; });
         m_view->show();
+        settle();
     }
     void select(const QString& wanted) const
     {
         list()->setCurrentItem(list()->findItems(wanted, Qt::MatchExactly).value(0));
+    }
+    /// Waits for what has been asked of the store: at most a look and then a change.
+    static void settle()
+    {
+        for (int round = 0; round < 2; ++round) {
+            FileWork work;
+            bool isDone = false;
+            work.run([] { return true; }, [&](bool done) { isDone = done; });
+            QTRY_VERIFY(isDone);
+        }
+    }
+    void press(const char* name) const
+    {
+        button(name)->click();
+        settle();
     }
     /// Answers the question that is open; its text.
     [[nodiscard]] QString answer(const QString& buttonText) const
@@ -104,6 +123,7 @@ class TestParameterSetView : public QObject
             if (QString(candidate->text()).remove('&') == buttonText)
                 candidate->click();
         }
+        settle();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         return question;
     }
@@ -153,6 +173,7 @@ private slots:
         m_view->hide();
         QCOMPARE(store().Save("later", kept), QString());
         m_view->show();
+        settle();
         QCOMPARE(names(), QStringList("later"));
     }
 
@@ -160,7 +181,7 @@ private slots:
     {
         QCOMPARE(store().Save("a", kept), QString());
         open();
-        button("LoadParameterSet")->click();
+        press("LoadParameterSet");
         QCOMPARE(m_component->taken, QStringList(kept));
         QCOMPARE(text().remove('\n'), kept);
         QCOMPARE(m_messages, QStringList("Parameter set \"a\" is loaded."));
@@ -171,6 +192,7 @@ private slots:
         QCOMPARE(store().Save("a", kept), QString());
         open();
         QTest::keyClick(list(), Qt::Key_Return);
+        settle();
         QCOMPARE(m_component->taken, QStringList(kept));
     }
 
@@ -184,12 +206,12 @@ private slots:
         open();
         QCOMPARE(names(), QStringList({"bad", "good"}));
         select("bad");
-        button("LoadParameterSet")->click();
+        press("LoadParameterSet");
         QVERIFY(m_component->taken.isEmpty());
         QCOMPARE(m_messages.size(), 1);
         QVERIFY2(m_messages[0].startsWith(m_folder->filePath("bad.xml: it is no XML")), qPrintable(m_messages[0]));
         select("good");
-        button("LoadParameterSet")->click();
+        press("LoadParameterSet");
         QCOMPARE(m_component->taken, QStringList(kept));
     }
 
@@ -198,7 +220,7 @@ private slots:
         QCOMPARE(store().Save("a", kept), QString());
         m_component.reset();
         open();
-        button("LoadParameterSet")->click();
+        press("LoadParameterSet");
         QCOMPARE(m_messages, QStringList("The component has no parameter set \"DF_Settings\" to load into."));
     }
 
@@ -207,7 +229,7 @@ private slots:
         open();
         m_component->report(reported);
         QTest::keyClicks(name(), "Night");
-        button("SaveParameterSet")->click();
+        press("SaveParameterSet");
         QCOMPARE(store().Load("Night").xml, std::optional(reported));
         QCOMPARE(names(), QStringList("Night"));
         QCOMPARE(m_messages, QStringList("Parameter set \"Night\" is saved."));
@@ -219,6 +241,7 @@ private slots:
         m_component->report(reported);
         QTest::keyClicks(name(), "Night");
         QTest::keyClick(name(), Qt::Key_Return);
+        settle();
         QVERIFY(store().Contains("Night"));
     }
 
@@ -226,7 +249,7 @@ private slots:
     {
         open();
         QTest::keyClicks(name(), "Night");
-        button("SaveParameterSet")->click();
+        press("SaveParameterSet");
         QVERIFY(!store().Contains("Night"));
         QCOMPARE(m_messages, QStringList("The component has not reported any settings that could be saved."));
     }
@@ -236,7 +259,7 @@ private slots:
         open();
         m_component->report(reported);
         QTest::keyClicks(name(), "a/b");
-        button("SaveParameterSet")->click();
+        press("SaveParameterSet");
         QCOMPARE(m_messages, QStringList("The name of a parameter set contains no slash, backslash or control "
                                          "character."));
         QVERIFY(names().isEmpty());
@@ -247,10 +270,10 @@ private slots:
         QCOMPARE(store().Save("a", kept), QString());
         open();
         m_component->report(reported);
-        button("SaveParameterSet")->click();
+        press("SaveParameterSet");
         QCOMPARE(answer("Cancel"), QStringLiteral("There is a parameter set \"a\" already. Replace it?"));
         QCOMPARE(store().Load("a").xml, std::optional(kept));
-        button("SaveParameterSet")->click();
+        press("SaveParameterSet");
         QCOMPARE(answer("Replace"), QStringLiteral("There is a parameter set \"a\" already. Replace it?"));
         QCOMPARE(store().Load("a").xml, std::optional(reported));
     }
@@ -262,7 +285,7 @@ private slots:
         QVERIFY(!button("RenameParameterSet")->isEnabled()); // the same name
         name()->setText("b");
         QVERIFY(button("RenameParameterSet")->isEnabled());
-        button("RenameParameterSet")->click();
+        press("RenameParameterSet");
         QCOMPARE(names(), QStringList("b"));
         QCOMPARE(m_messages, QStringList("The parameter set is called \"b\" now."));
     }
@@ -274,7 +297,7 @@ private slots:
         open();
         select("a");
         name()->setText("b");
-        button("RenameParameterSet")->click();
+        press("RenameParameterSet");
         QCOMPARE(names(), QStringList({"a", "b"}));
         QCOMPARE(m_messages, QStringList(m_folder->filePath("b.xml: there is such a parameter set already.")));
     }
@@ -283,10 +306,10 @@ private slots:
     {
         QCOMPARE(store().Save("a", kept), QString());
         open();
-        button("DeleteParameterSet")->click();
+        press("DeleteParameterSet");
         QCOMPARE(answer("Cancel"), QStringLiteral("Delete the parameter set \"a\"?"));
         QVERIFY(store().Contains("a"));
-        button("DeleteParameterSet")->click();
+        press("DeleteParameterSet");
         QCOMPARE(answer("Delete"), QStringLiteral("Delete the parameter set \"a\"?"));
         QVERIFY(!store().Contains("a"));
         QVERIFY(child<QLabel>("NoParameterSets")->isVisible());
@@ -316,7 +339,7 @@ private slots:
         emit m_common->si_parametersModified();
         QVERIFY(state() != clean);
         QVERIFY(state().startsWith("Edited"));
-        button("RequestParameterSet")->click();
+        press("RequestParameterSet");
         QCOMPARE(state(), clean);
         QCOMPARE(text().remove('\n'), reported);
     }
@@ -327,7 +350,7 @@ private slots:
         open(true);
         const QString clean = state();
         emit m_common->si_parametersModified();
-        button("LoadParameterSet")->click();
+        press("LoadParameterSet");
         QCOMPARE(state(), clean);
     }
 
@@ -337,7 +360,7 @@ private slots:
         m_component->report(kept);
         emit m_common->si_parametersModified();
         QTest::keyClicks(name(), "a");
-        button("SaveParameterSet")->click();
+        press("SaveParameterSet");
         QCOMPARE(store().Load("a").xml, std::optional(reported));
     }
 
@@ -363,9 +386,75 @@ private slots:
     {
         QCOMPARE(store().Save("a", kept), QString());
         open();
-        button("DeleteParameterSet")->click();
+        press("DeleteParameterSet");
         m_view.reset();
         QVERIFY(store().Contains("a"));
+    }
+
+    void aNameThatIsTypedStaysWhenTheListComes()
+    {
+        QCOMPARE(store().Save("a", kept), QString());
+        open();
+        QCOMPARE(name()->text(), QString("a"));
+        m_view->hide();
+        QCOMPARE(store().Save("b", kept), QString());
+        m_view->show();
+        name()->setText("Night");
+        settle();
+        QCOMPARE(names(), QStringList({"a", "b"}));
+        QCOMPARE(name()->text(), QString("Night"));
+        QCOMPARE(list()->currentItem()->text(), QString("a"));
+    }
+
+    void whileTheDiskIsBusyNothingWaitsAndNothingIsDoneTwice()
+    {
+        open();
+        m_component->report(reported);
+        name()->setText("Night");
+        QSemaphore slowDisk;
+        FileWork others;
+        others.run([&] { return slowDisk.tryAcquire(1, 60000); }, [](bool) {});
+        button("SaveParameterSet")->click();
+        QVERIFY(m_messages.isEmpty());
+        button("SaveParameterSet")->click();
+        QCOMPARE(m_messages, QStringList("The last request for a parameter set is still being worked on."));
+        slowDisk.release();
+        settle();
+        QCOMPARE(m_messages.mid(1), QStringList("Parameter set \"Night\" is saved."));
+        QCOMPARE(names(), QStringList("Night"));
+        press("SaveParameterSet");
+        QCOMPARE(answer("Cancel"), QString("There is a parameter set \"Night\" already. Replace it?"));
+    }
+
+    void aViewThatGoesWhileASetIsSavedLosesNothing()
+    {
+        QCOMPARE(store().Save("a", kept), QString());
+        open();
+        m_component->report(reported);
+        press("SaveParameterSet");
+        QSemaphore slowDisk;
+        FileWork others;
+        others.run([&] { return slowDisk.tryAcquire(1, 60000); }, [](bool) {});
+        for (QAbstractButton* const each : m_view->findChild<QMessageBox*>()->buttons()) {
+            if (QString(each->text()).remove('&') == "Replace")
+                each->click();
+        }
+        m_view.reset(); // waits for nothing
+        QCOMPARE(store().Load("a").xml, std::optional(kept));
+        slowDisk.release();
+        settle();
+        QCOMPARE(store().Load("a").xml, std::optional(reported));
+    }
+
+    void theHostMayGoWhileASetIsRead()
+    {
+        QCOMPARE(store().Save("a", kept), QString());
+        open();
+        button("LoadParameterSet")->click();
+        m_component.reset();
+        m_common.reset();
+        settle();
+        QCOMPARE(m_messages, QStringList("The component has no parameter set \"DF_Settings\" to load into."));
     }
 
     void everyButtonAndFieldHasAKey()

@@ -266,9 +266,11 @@ void TestSettingsRoads::aParameterSetThatIsLoadedIsMeasuredWith()
     auto* const dock = bench.window.findChild<QDockWidget*>("ParameterSetDock");
     dock->hide();
     dock->show();
-    dock->findChild<QPushButton*>("LoadParameterSet")->click();
+    auto* const load = dock->findChild<QPushButton*>("LoadParameterSet");
+    QTRY_VERIFY(load->isEnabled()); // the sets are listed
+    load->click();
+    QTRY_COMPARE(bench.inPanel("Bandwidth")->currentText(), QStringLiteral("60.0 kHz"));
     Bench::settle();
-    QCOMPARE(bench.inPanel("Bandwidth")->currentText(), QStringLiteral("60.0 kHz"));
     QCOMPARE(bench.inPanel("VCComboBoxWorkflow")->currentText(), QStringLiteral("On trigger"));
     QCOMPARE(bench.inToolBar("DF Bandwidth")->currentText(), QStringLiteral("60.0 kHz"));
     QCOMPARE(device("DeviceDfBandwidth")->GetCurrentValue(), 60000.0);
@@ -282,10 +284,10 @@ void TestSettingsRoads::aParameterSetKeepsWhatThePanelShows()
     auto* const dock = bench.window.findChild<QDockWidget*>("ParameterSetDock");
     QTest::keyClicks(dock->findChild<QLineEdit*>("ParameterSetName"), "slow");
     dock->findChild<QPushButton*>("SaveParameterSet")->click();
+    QTRY_COMPARE(bench.window.statusBar()->currentMessage(), QStringLiteral("Parameter set \"slow\" is saved."));
     const auto loaded = VelmarGui::ParameterSetStore(bench.folder.path()).Load("slow");
     QVERIFY2(loaded.xml, qPrintable(loaded.error));
     QVERIFY(loaded.xml->contains(element("Averaging", "5000")));
-    QCOMPARE(bench.window.statusBar()->currentMessage(), QStringLiteral("Parameter set \"slow\" is saved."));
 }
 
 void TestSettingsRoads::anotherDevicesListsAreOfferedAndMeasuredWith()

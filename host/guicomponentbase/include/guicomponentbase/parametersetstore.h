@@ -13,7 +13,7 @@ namespace VelmarGui {
 /// folder. What the XML says is a matter of the component that reports it and takes it back.
 ///
 /// Nothing is kept in memory: files that come, change or go from outside are seen at the next call. A file is written
-/// whole or not at all. GUI thread only.
+/// whole or not at all. Any thread; who works on one folder from several takes care of their order.
 class GUICOMPONENTBASE_EXPORT ParameterSetStore
 {
 public:
