@@ -2,7 +2,10 @@
 
 #include "support/testmain.h"
 
+#include <QRandomGenerator>
 #include <QTranslator>
+
+#include <algorithm>
 
 using namespace VelmarGui;
 
@@ -51,6 +54,79 @@ QString hriReport(const QString& text, double frequency = 100e6)
     return buildReport({}, parsed(text), frequency);
 }
 
+/// The rules of the status text once more, one token after the other and by Qt's text functions alone.
+void applyTokenByToken(LocateServiceStatus& service, const QString& text)
+{
+    service.anyAvailable = false;
+    service.connected = !text.isEmpty();
+    if (!service.connected) {
+        service.stations.clear();
+        return;
+    }
+    const auto frequency = [](const QString& number) { return qIsFinite(number.toDouble()) ? number.toDouble() : 0; };
+    int id = 0;
+    for (const QString& token : text.split(QLatin1Char('#'))) {
+        const QString kind = token.left(2);
+        const QString content = token.mid(2);
+        if (token.contains(QStringLiteral("DFID"))) {
+            id = token.mid(4).toInt();
+            service.stations[id].id = id;
+        } else if (service.stations.count(id) == 0) {
+            continue;
+        } else if (kind == QStringLiteral("N_")) {
+            service.stations[id].name = content;
+        } else if (kind == QStringLiteral("ST")) {
+            service.stations[id].status = content.toInt();
+            service.anyAvailable = service.anyAvailable || (content.toInt() & 1) != 0;
+        } else if (kind == QStringLiteral("FB")) {
+            service.stations[id].rangeLow = frequency(content);
+        } else if (kind == QStringLiteral("FE")) {
+            service.stations[id].rangeHigh = frequency(content);
+        }
+    }
+}
+
+bool isSame(const LocateServiceStatus& a, const LocateServiceStatus& b)
+{
+    return a.anyAvailable == b.anyAvailable && a.connected == b.connected &&
+           std::equal(a.stations.begin(), a.stations.end(), b.stations.begin(), b.stations.end(),
+                      [](const auto& one, const auto& other) {
+                          const LocateStationStatus& s = one.second;
+                          const LocateStationStatus& t = other.second;
+                          return one.first == other.first && s.id == t.id && s.name == t.name && s.status == t.status &&
+                                 s.rangeLow == t.rangeLow && s.rangeHigh == t.rangeHigh;
+                      });
+}
+
+/// Up to 20 tokens, most of which mean something, and one in ten with a piece of another in it.
+QString randomText(QRandomGenerator& random)
+{
+    static const QStringList kinds{"DFID", "DFID", "N_", "ST", "FB", "FE", "LO", "DFI", "D", "N", "", "dfid"};
+    static const QStringList contents{"0",          "1",
+                                      "2",          "3",
+                                      "17",         "-4",
+                                      "30000000",   "3000000000",
+                                      "433.92",     "1e6",
+                                      "00000012",   "1e999",
+                                      "nan",        "1234567890",
+                                      "",           "0x1",
+                                      " 5",         "5 ",
+                                      "+7",         "x",
+                                      "North",      "D",
+                                      ".5",         "5.",
+                                      "2147483648", "123456789012345678",
+                                      "1 000",      "1,5"};
+    const auto anyOf = [&random](const QStringList& list) { return list.at(random.bounded(list.size())); };
+    QStringList tokens;
+    for (int i = random.bounded(20); i > 0; --i) {
+        QString token = anyOf(kinds) + anyOf(contents);
+        if (random.bounded(10) == 0)
+            token.insert(random.bounded(token.size() + 1), anyOf(kinds));
+        tokens << token;
+    }
+    return tokens.join(QLatin1Char('#'));
+}
+
 } // namespace
 
 class TestLocateStatus : public QObject
@@ -84,6 +160,14 @@ private slots:
     void availabilityOnceToldHoldsForTheWholeText();
     void aStatusWordWithoutStationMakesNothingAvailable();
     void numbersMayHaveExponentsAndFractions();
+    void plainDigitsReadAsAnyNumber_data();
+    void plainDigitsReadAsAnyNumber();
+    void everyTextReadsTokenByToken_data();
+    void everyTextReadsTokenByToken();
+    void aTextThatIsHeldIsNotReadAgain();
+    void aTextIsReadAgainAfterAnother_data();
+    void aTextIsReadAgainAfterAnother();
+    void aTextThatFindsMoreTheNextTimeIsReadAgain();
 
     // Frequency ranges
     void bothEndsOfTheRangeAreInside_data();
@@ -364,6 +448,105 @@ void TestLocateStatus::numbersMayHaveExponentsAndFractions()
     QCOMPARE(service.stations.at(3).rangeHigh, 30000000.25);
 }
 
+void TestLocateStatus::plainDigitsReadAsAnyNumber_data()
+{
+    QTest::addColumn<QString>("digits");
+    for (int count = 1; count <= 20; ++count) {
+        const QByteArray number(count, '9');
+        QTest::newRow(number.constData()) << QString::fromLatin1(number);
+        const QByteArray zeros = QByteArray(count, '0') + "7";
+        QTest::newRow(zeros.constData()) << QString::fromLatin1(zeros);
+    }
+    QTest::newRow("greatest int") << "2147483647";
+    QTest::newRow("beyond every int") << "2147483648";
+    QTest::newRow("greatest whole number that every smaller one is a double of") << "9007199254740992";
+    QTest::newRow("rounded to a double") << "9007199254740993";
+}
+
+void TestLocateStatus::plainDigitsReadAsAnyNumber()
+{
+    QFETCH(QString, digits);
+    const auto station = [](const QString& text) { return parsed(text).stations.begin()->second; };
+    for (const char* const behind : {"", "#", "#N_North"}) {
+        const QString end = digits + QLatin1String(behind);
+        QCOMPARE(station(QStringLiteral("DFID") + end).id, digits.toInt());
+        QCOMPARE(station(QStringLiteral("DFID3#ST") + end).status, digits.toInt());
+        // Not to within a tolerance: to the last bit.
+        QVERIFY(station(QStringLiteral("DFID3#FB") + end).rangeLow == digits.toDouble());
+        QVERIFY(station(QStringLiteral("DFID3#FE") + end).rangeHigh == digits.toDouble());
+    }
+}
+
+void TestLocateStatus::everyTextReadsTokenByToken_data()
+{
+    QTest::addColumn<quint32>("seed");
+    for (quint32 seed = 1; seed <= 8; ++seed)
+        QTest::newRow(qPrintable(QString::number(seed))) << seed;
+}
+
+void TestLocateStatus::everyTextReadsTokenByToken()
+{
+    QFETCH(quint32, seed);
+    QRandomGenerator random(seed);
+    for (int record = 0; record < 200; ++record) {
+        LocateServiceStatus read;
+        LocateServiceStatus expected;
+        QString text;
+        for (int turn = 0; turn < 8; ++turn) {
+            if (random.bounded(3) > 0)
+                text = randomText(random);
+            applyStatusText(read, text);
+            applyTokenByToken(expected, text);
+            QVERIFY2(isSame(read, expected), qPrintable(text));
+        }
+    }
+}
+
+void TestLocateStatus::aTextThatIsHeldIsNotReadAgain()
+{
+    const QString text = QStringLiteral("DFID3#N_North#ST1");
+    LocateServiceStatus service;
+    QVERIFY(applyStatusText(service, text));
+    QVERIFY(!applyStatusText(service, text));
+    // Not even when somebody made the same text anew.
+    QVERIFY(!applyStatusText(service, QString(text.constData(), text.size())));
+    QVERIFY(service.connected);
+    QVERIFY(service.anyAvailable);
+    QCOMPARE(service.stations.at(3).name, QStringLiteral("North"));
+}
+
+void TestLocateStatus::aTextIsReadAgainAfterAnother_data()
+{
+    QTest::addColumn<QString>("other");
+    QTest::newRow("another") << "DFID3#N_South#ST0";
+    QTest::newRow("without stations") << "#";
+    QTest::newRow("empty") << "";
+}
+
+void TestLocateStatus::aTextIsReadAgainAfterAnother()
+{
+    QFETCH(QString, other);
+    const QString text = QStringLiteral("DFID3#N_North#ST1");
+    LocateServiceStatus service = parsed(text);
+    QVERIFY(applyStatusText(service, other));
+    QVERIFY(applyStatusText(service, text));
+    QVERIFY(service.connected);
+    QVERIFY(service.anyAvailable);
+    QCOMPARE(service.stations.at(3).name, QStringLiteral("North"));
+}
+
+void TestLocateStatus::aTextThatFindsMoreTheNextTimeIsReadAgain()
+{
+    const QString text = QStringLiteral("N_Zero#ST1#DFID0");
+    LocateServiceStatus service = parsed(text);
+    QVERIFY(service.stations.at(0).name.isEmpty());
+    QVERIFY(!service.anyAvailable);
+    QVERIFY(applyStatusText(service, text));
+    QCOMPARE(service.stations.at(0).name, QStringLiteral("Zero"));
+    QVERIFY(service.anyAvailable);
+    QVERIFY(!applyStatusText(service, text));
+}
+
 void TestLocateStatus::bothEndsOfTheRangeAreInside_data()
 {
     QTest::addColumn<double>("frequency");
@@ -380,16 +563,16 @@ void TestLocateStatus::bothEndsOfTheRangeAreInside()
     QFETCH(double, frequency);
     const LocateServiceStatus service = parsed(QStringLiteral("DFID3#FB20000000#FE30000000"));
     QTEST(service.stations.at(3).Covers(frequency), "inside");
-    QTEST(service.Covers(frequency), "inside");
+    QTEST(rangesOf(service).Hold(frequency), "inside");
 }
 
 void TestLocateStatus::aServiceCoversWhatAnyOfItsStationsCovers()
 {
-    const LocateServiceStatus service = parsed(QStringLiteral("DFID3#FB10#FE20#DFID4#ST0#FB30#FE40"));
-    QVERIFY(service.Covers(15));
-    QVERIFY(!service.Covers(25));
-    QVERIFY(service.Covers(35));
-    QVERIFY(!LocateServiceStatus().Covers(0));
+    const FrequencyRanges ranges = rangesOf(parsed(QStringLiteral("DFID3#FB10#FE20#DFID4#ST0#FB30#FE40")));
+    QVERIFY(ranges.Hold(15));
+    QVERIFY(!ranges.Hold(25));
+    QVERIFY(ranges.Hold(35));
+    QVERIFY(!rangesOf(LocateServiceStatus()).Hold(0));
 }
 
 void TestLocateStatus::withoutStationsTheReportSaysWhetherConnected()

@@ -12,6 +12,7 @@
 
 #include <QSignalSpy>
 #include <QTranslator>
+#include <QVector>
 
 #include <memory>
 #include <stdexcept>
@@ -98,6 +99,22 @@ struct Display
     void Click() const { QTest::mouseClick(Lamp(), Qt::LeftButton); }
 };
 
+/// How often a widget is painted.
+class PaintCounter : public QObject
+{
+public:
+    explicit PaintCounter(QWidget* widget) { widget->installEventFilter(this); }
+    [[nodiscard]] int count() const { return m_count; }
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        m_count += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+
+private:
+    int m_count = 0;
+};
+
 } // namespace
 
 class TestLocateStatusHandler : public QObject
@@ -136,6 +153,8 @@ private slots:
     void theLampIsLitWhenAnythingIsUsable_data();
     void theLampIsLitWhenAnythingIsUsable();
     void everyEvaluationTellsWhatIsUsable();
+    void aChangeOfFrequencyReadsNoText();
+    void theLampIsDrawnAnewOnlyWhenItChanges();
     void withoutOneStatusTextUsabilityIsLeftAlone_data();
     void withoutOneStatusTextUsabilityIsLeftAlone();
 
@@ -531,6 +550,50 @@ void TestLocateStatusHandler::everyEvaluationTellsWhatIsUsable()
     QCOMPARE(display.usable.at(4), (QVariantList{false, false}));
 }
 
+void TestLocateStatusHandler::aChangeOfFrequencyReadsNoText()
+{
+    // Texts whose characters can be changed behind the back of the values: whoever reads them again tells.
+    QVector<QChar> characters(availableStation.begin(), availableStation.end());
+    const QString text = QString::fromRawData(characters.constData(), characters.size());
+    Driver driver(*m_tree);
+    driver.df->SetValue(text, nullptr);
+    driver.hri->SetValue(text, nullptr);
+    Display display(*m_common);
+    display.handler.SetUpValues();
+    characters[availableStation.indexOf(QLatin1String("ST1")) + 2] = QLatin1Char('0');
+    QVERIFY(driver.df->GetValue().contains(QLatin1String("ST0")));
+    driver.frequency->SetValue(21e6, nullptr);
+    QVERIFY(reads("LocateDFUsableIndicator"));
+    QVERIFY(reads("LocateHRIUsableIndicator"));
+    driver.frequency->SetValue(19e6, nullptr);
+    QVERIFY(!reads("LocateHRIUsableIndicator"));
+    QCOMPARE(display.usable.count(), 3);
+    driver.df->SetValue(QStringLiteral("DFID3#ST0"), nullptr);
+    QVERIFY(!reads("LocateDFUsableIndicator"));
+}
+
+void TestLocateStatusHandler::theLampIsDrawnAnewOnlyWhenItChanges()
+{
+    Driver driver(*m_tree);
+    driver.df->SetValue(availableStation, nullptr);
+    Display display(*m_common);
+    display.handler.SetUpValues();
+    PaintCounter paints(display.Lamp());
+    display.window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&display.window));
+    QTRY_VERIFY(paints.count() > 0);
+    QCoreApplication::processEvents();
+    const int before = paints.count();
+    driver.frequency->SetValue(21e6, nullptr);
+    driver.hri->SetValue(availableStation, nullptr);
+    QCoreApplication::processEvents();
+    QCOMPARE(paints.count(), before);
+    driver.df->SetValue(QString(), nullptr);
+    driver.hri->SetValue(QString(), nullptr);
+    QTRY_COMPARE(paints.count(), before + 1);
+    QCOMPARE(display.LampImage(), lampImage(":/icons/Off"));
+}
+
 void TestLocateStatusHandler::withoutOneStatusTextUsabilityIsLeftAlone_data()
 {
     QTest::addColumn<QString>("missing");
@@ -760,8 +823,8 @@ void TestLocateStatusHandler::theReportShowsBothServices()
     QCOMPARE(box.title, QStringLiteral("Locate states"));
     QCOMPARE(box.parent, nullptr);
     QVERIFY(box.isModal);
-    QCOMPARE(box.text, buildReport({{{3, {3, QStringLiteral("North"), 1, 20e6, 3000e6}}}, true, true},
-                                   {{{7, {7, QStringLiteral("South"), 17, 20e6, 30e6}}}, true, true}, 100e6));
+    QCOMPARE(box.text, buildReport({{{3, {3, QStringLiteral("North"), 1, 20e6, 3000e6}}}, true, true, {}},
+                                   {{{7, {7, QStringLiteral("South"), 17, 20e6, 30e6}}}, true, true, {}}, 100e6));
     QVERIFY(box.text.contains(QStringLiteral("<TD> <i>20.000 MHz - 30.000 MHz</i></TABLE>")));
 }
 

@@ -1,10 +1,15 @@
 #include "locatestatus.h"
 
 #include <QCoreApplication>
-#include <QStringList>
+#include <QStringView>
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <iterator>
+#include <optional>
+#include <utility>
+#include <vector>
 
 namespace VelmarGui {
 
@@ -16,46 +21,207 @@ struct Texts
     Q_DECLARE_TR_FUNCTIONS(VelmarGui::LocateStatusHandler)
 };
 
-const QLatin1String stationToken("DFID");
+constexpr QChar delimiter(u'#');
+constexpr QStringView stationMark(u"DFID");
 
-/// The station that the tokens are about; null when there is none of that identifier.
-LocateStationStatus* findStation(LocateServiceStatus& service, int id)
+/// What a token is about.
+enum class Kind
 {
-    const auto found = service.stations.find(id);
-    return found != service.stations.end() ? &found->second : nullptr;
+    Mark, ///< opens a station
+    Name,
+    Status,
+    RangeLow,
+    RangeHigh,
+    Other ///< among them the position, "LO" and "LA", which is shown nowhere
+};
+
+bool startsWith(QStringView text, QStringView word)
+{
+    return text.size() >= word.size() &&
+           std::memcmp(text.data(), word.data(), static_cast<std::size_t>(word.size()) * sizeof(QChar)) == 0;
 }
 
-LocateStationStatus& openStation(LocateServiceStatus& service, int id)
+/// Kind of the token that @p text begins with, as far as its first characters tell.
+Kind kindOf(QStringView text)
 {
-    LocateStationStatus& station = service.stations[id];
-    station.id = id;
-    return station;
+    if (startsWith(text, stationMark))
+        return Kind::Mark;
+    if (startsWith(text, u"N_"))
+        return Kind::Name;
+    if (startsWith(text, u"ST"))
+        return Kind::Status;
+    if (startsWith(text, u"FB"))
+        return Kind::RangeLow;
+    return startsWith(text, u"FE") ? Kind::RangeHigh : Kind::Other;
 }
 
-/// In Hz; 0 for what is no number, or none that a frequency can be.
-double readFrequency(const QString& text)
+/// How many characters stand in front of the content.
+qsizetype prefixSize(Kind kind)
 {
-    const double frequency = text.toDouble();
-    return std::isfinite(frequency) ? frequency : 0;
+    return kind == Kind::Mark ? stationMark.size() : 2;
 }
 
-void applyStationToken(LocateServiceStatus& service, LocateStationStatus& station, const QString& token)
+/// How many digits a number may have for every such number to be exact, as an int or as a double; 0 for a kind that has
+/// no number.
+qsizetype mostExactDigits(Kind kind)
 {
-    const QString kind = token.left(2);
-    const QString content = token.mid(2);
-    if (kind == QLatin1String("N_")) {
-        station.name = content;
-    } else if (kind == QLatin1String("ST")) {
-        station.status = content.toInt();
-        if ((station.status & LocateStationStatus::Available) != 0)
-            service.anyAvailable = true;
-    } else if (kind == QLatin1String("FB")) {
-        station.rangeLow = readFrequency(content);
-    } else if (kind == QLatin1String("FE")) {
-        station.rangeHigh = readFrequency(content);
+    switch (kind) {
+    case Kind::Mark:
+    case Kind::Status:
+        return 9;
+    case Kind::RangeLow:
+    case Kind::RangeHigh:
+        return 15;
+    default:
+        return 0;
     }
-    // The position, "LO" and "LA", is shown nowhere.
 }
+
+/// A token whose content is a text, or has been read as a number of plain digits already.
+struct Token
+{
+    Kind kind = Kind::Other;
+    QStringView text;
+    std::optional<qint64> digits;
+    qsizetype end = 0; ///< where it ends in the whole text
+
+    /// 0 for what is no number.
+    [[nodiscard]] int ToInt() const { return digits ? static_cast<int>(*digits) : BorrowedText().toInt(); }
+    /// In Hz; 0 for what is no number, or none that a frequency can be.
+    [[nodiscard]] double ToFrequency() const
+    {
+        const double frequency = digits ? static_cast<double>(*digits) : BorrowedText().toDouble();
+        return std::isfinite(frequency) ? frequency : 0;
+    }
+
+private:
+    /// Only for the length of a call: the characters are not copied.
+    [[nodiscard]] QString BorrowedText() const
+    {
+        return QString::fromRawData(text.data(), static_cast<int>(text.size()));
+    }
+};
+
+/// One walk through a status text.
+///
+/// Texts name their stations over and over in the same order, so the next station is looked for beside the last one
+/// first. Nothing is copied but a name that has changed.
+class StatusTextReader
+{
+public:
+    StatusTextReader(LocateServiceStatus& service, QStringView text)
+        : m_service(service)
+        , m_text(text)
+    {
+    }
+
+    /// False when tokens in front of the first mark were dropped: they are about station 0, and there was none.
+    bool Read()
+    {
+        const auto zero = m_service.stations.find(0);
+        m_station = zero != m_service.stations.end() ? &zero->second : nullptr;
+        bool droppedAny = false;
+        for (qsizetype begin = 0; begin <= m_text.size();) {
+            const Token token = TokenAt(begin);
+            if (token.kind == Kind::Mark)
+                OpenStation(token.ToInt());
+            else if (m_station != nullptr)
+                Apply(token);
+            else
+                droppedAny = true;
+            begin = token.end + 1;
+        }
+        return !droppedAny;
+    }
+
+private:
+    [[nodiscard]] Token TokenAt(qsizetype begin)
+    {
+        Token token;
+        token.kind = kindOf(m_text.mid(begin));
+        if (ReadDigits(token, begin + prefixSize(token.kind)))
+            return token;
+        const qsizetype delimiterAt = m_text.indexOf(delimiter, begin);
+        token.end = delimiterAt >= 0 ? delimiterAt : m_text.size();
+        // Wherever the mark stands in the token, the number is what follows the first four characters.
+        if (HasMark(begin, token.end))
+            token.kind = Kind::Mark;
+        const qsizetype contentBegin = std::min(begin + prefixSize(token.kind), token.end);
+        token.text = m_text.mid(contentBegin, token.end - contentBegin);
+        return token;
+    }
+
+    /// True when nothing but digits follows up to the end of the token. Nearly all numbers are of this kind, and so
+    /// nobody looks for their ends first.
+    bool ReadDigits(Token& token, qsizetype begin) const
+    {
+        const qsizetype most = std::min(begin + mostExactDigits(token.kind), m_text.size());
+        qint64 number = 0;
+        qsizetype at = begin;
+        for (; at < most && m_text[at] >= QLatin1Char('0') && m_text[at] <= QLatin1Char('9'); ++at)
+            number = 10 * number + (m_text[at].unicode() - u'0');
+        if (at <= begin || (at < m_text.size() && m_text[at] != delimiter))
+            return false;
+        token.digits = number;
+        token.end = at;
+        return true;
+    }
+
+    [[nodiscard]] bool HasMark(qsizetype begin, qsizetype end)
+    {
+        if (m_nextMark < begin)
+            m_nextMark = FindMark(begin);
+        return m_nextMark < end;
+    }
+
+    /// Where the next mark stands, the end of the text when there is none.
+    [[nodiscard]] qsizetype FindMark(qsizetype from) const
+    {
+        const QChar first = stationMark[0];
+        for (qsizetype at = m_text.indexOf(first, from); at >= 0; at = m_text.indexOf(first, at + 1)) {
+            if (startsWith(m_text.mid(at), stationMark))
+                return at;
+        }
+        return m_text.size();
+    }
+
+    void OpenStation(int id)
+    {
+        const auto place = m_service.stations.try_emplace(m_next, id);
+        m_station = &place->second;
+        m_station->id = id;
+        m_next = std::next(place);
+    }
+
+    void Apply(const Token& token)
+    {
+        switch (token.kind) {
+        case Kind::Name:
+            if (m_station->name != token.text)
+                m_station->name = token.text.toString();
+            break;
+        case Kind::Status:
+            m_station->status = token.ToInt();
+            if ((m_station->status & LocateStationStatus::Available) != 0)
+                m_service.anyAvailable = true;
+            break;
+        case Kind::RangeLow:
+            m_station->rangeLow = token.ToFrequency();
+            break;
+        case Kind::RangeHigh:
+            m_station->rangeHigh = token.ToFrequency();
+            break;
+        default:
+            break;
+        }
+    }
+
+    LocateServiceStatus& m_service;
+    QStringView m_text;
+    LocateStationStatus* m_station = nullptr; // that the tokens are about
+    std::map<int, LocateStationStatus>::iterator m_next = m_service.stations.begin();
+    qsizetype m_nextMark = -1;
+};
 
 QString connectionText(bool connected)
 {
@@ -130,31 +296,32 @@ QString hriTable(const LocateServiceStatus& hri, double frequency)
 
 } // namespace
 
-bool LocateServiceStatus::Covers(double frequency) const
+bool applyStatusText(LocateServiceStatus& service, const QString& text)
 {
-    return std::any_of(stations.begin(), stations.end(),
-                       [frequency](const auto& entry) { return entry.second.Covers(frequency); });
-}
-
-void applyStatusText(LocateServiceStatus& service, const QString& text)
-{
+    // A text that is held shares its characters with the value it is from: this costs the same for every length.
+    if (!text.isEmpty() && text == service.heldText)
+        return false;
     service.anyAvailable = false;
     service.connected = !text.isEmpty();
+    service.heldText.clear();
     if (!service.connected) {
         service.stations.clear();
-        return;
+        return true;
     }
-    int id = 0;
-    const QStringList tokens = text.split(QLatin1Char('#'));
-    for (const QString& token : tokens) {
-        if (token.contains(stationToken)) {
-            // Wherever the mark stands in the token, the number is what follows the first four characters.
-            id = token.mid(stationToken.size()).toInt();
-            openStation(service, id);
-        } else if (LocateStationStatus* const station = findStation(service, id)) {
-            applyStationToken(service, *station, token);
-        }
-    }
+    // Tokens that were dropped may find their station the next time.
+    const bool isHeld = StatusTextReader(service, text).Read() || service.stations.count(0) == 0;
+    if (isHeld)
+        service.heldText = text;
+    return true;
+}
+
+FrequencyRanges rangesOf(const LocateServiceStatus& service)
+{
+    std::vector<FrequencyRanges::Range> ranges;
+    ranges.reserve(service.stations.size());
+    for (const auto& [id, station] : service.stations)
+        ranges.push_back({station.rangeLow, station.rangeHigh});
+    return FrequencyRanges(std::move(ranges));
 }
 
 QString buildReport(const LocateServiceStatus& df, const LocateServiceStatus& hri, double frequency)

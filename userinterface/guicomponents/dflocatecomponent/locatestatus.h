@@ -1,5 +1,7 @@
 #pragma once
 
+#include "frequencyranges.h"
+
 #include <QString>
 
 #include <map>
@@ -29,9 +31,7 @@ struct LocateServiceStatus
     std::map<int, LocateStationStatus> stations; ///< by DF identifier
     bool anyAvailable = false;                   ///< the last text held a station that is available
     bool connected = false;                      ///< the last text was not empty
-
-    /// True when at least one station, available or not, covers @p frequency (Hz).
-    [[nodiscard]] bool Covers(double frequency) const;
+    QString heldText;                            ///< a text that would change nothing; empty when none is known
 };
 
 /// Brings @p service up to date with a status text of the driver.
@@ -40,7 +40,13 @@ struct LocateServiceStatus
 /// "N_<name>", "ST<status word>", "FB<Hz>" and "FE<Hz>" (range); all others mean nothing here. A number that cannot be
 /// read is 0. An empty text forgets all stations; any other adds to what is known: a station that it leaves out stays,
 /// with its last fields, and so does a field that it leaves out.
-void applyStatusText(LocateServiceStatus& service, const QString& text);
+///
+/// False when the text had nothing new and was not even read: most evaluations come from the frequency, and the text is
+/// that of before.
+bool applyStatusText(LocateServiceStatus& service, const QString& text);
+
+/// The ranges of all stations of @p service, available or not.
+[[nodiscard]] FrequencyRanges rangesOf(const LocateServiceStatus& service);
 
 /// The report on both services as HTML, in the language of the user. @p frequency (Hz) decides which ranges are shown
 /// as out of range.

@@ -53,10 +53,12 @@ LocateStatusHandler::LocateStatusHandler(QWidget* parent, GuiComponentCommon* co
                                          const QString& pathPrefix)
     : GuiComponentTools(common, componentName)
     , m_pLamp(new ClickLabel(QStringLiteral("Led"), parent))
+    , m_lampOn(lampPixmap(onIcon))
+    , m_lampOff(lampPixmap(offIcon))
     , m_pathPrefix(pathPrefix)
 {
     connect(m_pLamp, SIGNAL(signal_open()), this, SLOT(slot_open()));
-    m_pLamp->setPixmap(lampPixmap(offIcon));
+    ShowLamp(false);
     m_pLamp->setToolTip(tr("Locate states"));
 }
 
@@ -111,19 +113,27 @@ void LocateStatusHandler::Evaluate()
     if (!m_locateStatus || !m_locateHriStatus)
         return;
     applyStatusText(m_dfStatus, m_locateStatus->GetValue());
-    applyStatusText(m_hriStatus, m_locateHriStatus->GetValue());
+    if (applyStatusText(m_hriStatus, m_locateHriStatus->GetValue()))
+        m_hriRanges = rangesOf(m_hriStatus);
     // An observer of one indicator may change a status text and so evaluate anew: each indicator is computed when its
     // turn has come, and what is shown and told at the end is read back.
     set(m_hriUsable, CanLocateHri(), this);
     set(m_dfUsable, m_dfStatus.anyAvailable, this);
-    if (m_pLamp)
-        m_pLamp->setPixmap(lampPixmap(IsAnyUsable() ? onIcon : offIcon));
+    ShowLamp(IsAnyUsable());
     emit si_locateUsable(reads(m_hriUsable), reads(m_dfUsable));
+}
+
+/// Most evaluations leave the lamp as it is, and a picture that is set is drawn anew.
+void LocateStatusHandler::ShowLamp(bool on)
+{
+    const QPixmap& picture = on ? m_lampOn : m_lampOff;
+    if (m_pLamp && m_pLamp->pixmap(Qt::ReturnByValue).cacheKey() != picture.cacheKey())
+        m_pLamp->setPixmap(picture);
 }
 
 bool LocateStatusHandler::CanLocateHri() const
 {
-    return m_hriStatus.anyAvailable && m_frequency && m_hriStatus.Covers(m_frequency->GetValue());
+    return m_hriStatus.anyAvailable && m_frequency && m_hriRanges.Hold(m_frequency->GetValue());
 }
 
 bool LocateStatusHandler::IsAnyUsable() const

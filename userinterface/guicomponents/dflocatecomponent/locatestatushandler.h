@@ -7,6 +7,7 @@
 
 #include <QLatin1String>
 #include <QObject>
+#include <QPixmap>
 #include <QPointer>
 #include <QString>
 
@@ -53,6 +54,7 @@ private:
     void LinkFrequency();
     void CreateIndicator(BoolPtr& indicator, QLatin1String name);
     void Evaluate();
+    void ShowLamp(bool on);
     [[nodiscard]] bool CanLocateHri() const;
     [[nodiscard]] bool IsAnyUsable() const;
 
@@ -66,6 +68,9 @@ private:
     BoolPtr m_hriUsable;
     LocateServiceStatus m_dfStatus;
     LocateServiceStatus m_hriStatus;
+    FrequencyRanges m_hriRanges; ///< of the stations in m_hriStatus
+    QPixmap m_lampOn;
+    QPixmap m_lampOff;
     QString m_pathPrefix;
 };
 
