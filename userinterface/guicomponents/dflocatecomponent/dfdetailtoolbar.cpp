@@ -192,8 +192,9 @@ void DFDetailToolbar::CopySelectedKey()
 {
     const QPointer<DFDetailToolbar> alive(this);
     const auto copyTo = [alive](auto selection, IObserver* originator) {
-        if (alive != nullptr && alive->m_selectedDf && alive.data()->*selection)
-            (alive.data()->*selection)->Select(alive->m_selectedDf->GetCurrentKey(), originator);
+        DFDetailToolbar* const toolbar = alive;
+        if (toolbar != nullptr && toolbar->m_selectedDf && toolbar->*selection)
+            (toolbar->*selection)->Select(toolbar->m_selectedDf->GetCurrentKey(), originator);
     };
     copyTo(&DFDetailToolbar::m_azimuth, nullptr);
     copyTo(&DFDetailToolbar::m_quality, nullptr);
