@@ -5,11 +5,13 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QSqlRecord>
 #include <QUuid>
 #include <QVariant>
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace workbench {
 
@@ -218,17 +220,63 @@ QVariant stored(const QString& text)
     return text.isNull() ? QStringLiteral("") : text;
 }
 
-std::optional<double> number(const QVariant& value)
+/// @name What a column of a row holds
+/// SQLite keeps values of any type in any column, and another program may have put them there. What could not have been
+/// stored here is damage: read as 0 or as absent it would become a wrong result in silence.
+/// @{
+
+[[noreturn]] void throwDamaged(const QSqlQuery& row, int column, const char* expected)
 {
-    return value.isNull() ? std::nullopt : std::optional<double>(value.toDouble());
+    throw Failure{
+        QStringLiteral("it is damaged: %1 is no %2").arg(row.record().fieldName(column), QLatin1String(expected))};
 }
 
-std::optional<GeoPosition> position(const QVariant& latitude, const QVariant& longitude)
+qint64 integer(const QSqlQuery& row, int column)
 {
-    if (latitude.isNull() || longitude.isNull())
-        return std::nullopt;
-    return GeoPosition{latitude.toDouble(), longitude.toDouble()};
+    const QVariant value = row.value(column);
+    if (value.isNull() || value.type() != QVariant::LongLong)
+        throwDamaged(row, column, "whole number");
+    return value.toLongLong();
 }
+
+int smallInteger(const QSqlQuery& row, int column)
+{
+    const qint64 value = integer(row, column);
+    if (value < std::numeric_limits<int>::min() || value > std::numeric_limits<int>::max())
+        throwDamaged(row, column, "number of 32 bits");
+    return static_cast<int>(value);
+}
+
+std::optional<double> number(const QSqlQuery& row, int column)
+{
+    const QVariant value = row.value(column);
+    // Qt has empty bytes for null as well.
+    if (value.isNull() && value.type() != QVariant::ByteArray)
+        return std::nullopt;
+    const bool isNumber = value.type() == QVariant::Double || value.type() == QVariant::LongLong;
+    if (!isNumber || !std::isfinite(value.toDouble()))
+        throwDamaged(row, column, "finite number");
+    return value.toDouble();
+}
+
+QString text(const QSqlQuery& row, int column)
+{
+    const QVariant value = row.value(column);
+    if (value.isNull() || value.type() != QVariant::String)
+        throwDamaged(row, column, "text");
+    return value.toString();
+}
+
+/// Of the latitude in @p column and the longitude behind it.
+std::optional<GeoPosition> position(const QSqlQuery& row, int column)
+{
+    const std::optional<double> latitude = number(row, column);
+    const std::optional<double> longitude = number(row, column + 1);
+    if (latitude.has_value() != longitude.has_value())
+        throwDamaged(row, latitude ? column + 1 : column, "finite number");
+    return latitude ? std::optional(GeoPosition{*latitude, *longitude}) : std::nullopt;
+}
+/// @}
 
 /// Newest first, so that a limit leaves out the oldest.
 QSqlQuery prepareResults(const QSqlDatabase& on, const ResultQuery& query)
@@ -260,26 +308,29 @@ QSqlQuery prepareResults(const QSqlDatabase& on, const ResultQuery& query)
 DfResult readResult(const QSqlQuery& row)
 {
     DfResult result;
-    const QDateTime time = QDateTime::fromMSecsSinceEpoch(row.value(1).toLongLong(), Qt::UTC);
+    const QDateTime time = QDateTime::fromMSecsSinceEpoch(integer(row, 1), Qt::UTC);
     result.date = time.date();
     result.time = time.time();
-    result.frequency = number(row.value(2));
-    if (const auto truth = position(row.value(4), row.value(5)))
-        result.truth = TrueEmitter{row.value(3).toString(), *truth};
+    result.frequency = number(row, 2);
+    const std::optional<GeoPosition> transmitter = position(row, 4);
+    if (transmitter)
+        result.truth = TrueEmitter{text(row, 3), *transmitter};
+    else if (!row.isNull(3))
+        throwDamaged(row, 4, "finite number");
     return result;
 }
 
 StationResult readStation(const QSqlQuery& row)
 {
     StationResult station;
-    station.stationId = row.value(0).toInt();
-    station.stationName = row.value(1).toString();
-    station.position = position(row.value(2), row.value(3));
-    station.azimuth = number(row.value(4));
-    station.sigma = number(row.value(5));
-    station.quality = number(row.value(6));
-    station.level = number(row.value(7));
-    station.error = static_cast<DfError>(row.value(8).toInt());
+    station.stationId = smallInteger(row, 0);
+    station.stationName = text(row, 1);
+    station.position = position(row, 2);
+    station.azimuth = number(row, 4);
+    station.sigma = number(row, 5);
+    station.quality = number(row, 6);
+    station.level = number(row, 7);
+    station.error = static_cast<DfError>(smallInteger(row, 8));
     return station;
 }
 
@@ -433,8 +484,8 @@ void ResultFile::removeOldest()
         execute(oldest, {});
         if (!next(oldest))
             return;
-        const qint64 id = oldest.value(0).toLongLong();
-        const bool isTooOld = oldest.value(1).toLongLong() < tooOld;
+        const qint64 id = integer(oldest, 0);
+        const bool isTooOld = integer(oldest, 1) < tooOld;
         oldest.finish();
         const bool isTooMuch = newest - id >= m_limits.maxResults || isTooOld || usedBytes() > m_limits.maxBytes;
         if (id == newest || !isTooMuch)

@@ -691,6 +691,59 @@ private slots:
         QVERIFY2(sentence.contains(QStringLiteral("no such table: station_result")), qPrintable(sentence));
     }
 
+    void aValueThatIsNeverStoredIsToldAsDamage_data()
+    {
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<QString>("reason");
+        const auto row = [](const char* change, const char* reason) {
+            QTest::newRow(change) << QString::fromLatin1(change) << QString::fromLatin1(reason);
+        };
+        row("result SET time = 1.5", "time is no whole number");
+        row("result SET time = 'noon'", "time is no whole number");
+        row("result SET frequency = 'high'", "frequency is no finite number");
+        row("result SET frequency = 9e999", "frequency is no finite number");
+        row("result SET truth_latitude = NULL", "truth_latitude is no finite number");
+        row("result SET truth_longitude = x'31'", "truth_longitude is no finite number");
+        row("result SET truth_latitude = NULL, truth_longitude = NULL", "truth_latitude is no finite number");
+        row("result SET truth_name = NULL", "truth_name is no text");
+        row("result SET truth_name = x'41'", "truth_name is no text");
+        row("station_result SET station = 'one'", "station is no whole number");
+        row("station_result SET station = 4294967297", "station is no number of 32 bits");
+        row("station_result SET name = x'41'", "name is no text");
+        row("station_result SET latitude = NULL", "latitude is no finite number");
+        row("station_result SET longitude = NULL", "longitude is no finite number");
+        row("station_result SET azimuth = 'north'", "azimuth is no finite number");
+        row("station_result SET azimuth = -9e999", "azimuth is no finite number");
+        row("station_result SET sigma = x''", "sigma is no finite number");
+        row("station_result SET quality = ''", "quality is no finite number");
+        row("station_result SET level = 'loud'", "level is no finite number");
+        row("station_result SET error = 0.5", "error is no whole number");
+        row("station_result SET error = -4294967296", "error is no number of 32 bits");
+    }
+
+    void aValueThatIsNeverStoredIsToldAsDamage()
+    {
+        QFETCH(QString, change);
+        QFETCH(QString, reason);
+        ResultFile file(path(), {});
+        DfResult result = resultOfSeries(1);
+        result.truth = TrueEmitter{QStringLiteral("Ferry"), {50.5, 6.5}};
+        file.append(result);
+        QVERIFY(isSame(find(file, everything()).results.at(0), result));
+        OtherConnection(path()).run(QStringLiteral("UPDATE ") + change);
+        QCOMPARE(sentenceOf([&] { find(file, everything()); }),
+                 path() + QStringLiteral(": cannot be read: it is damaged: ") + reason);
+    }
+
+    /// Read as 0 it would be ages old, and gone.
+    void aResultOfWhichNobodyKnowsWhenItWasStoredIsNotRemoved()
+    {
+        fill(1);
+        OtherConnection(path()).run(QStringLiteral("UPDATE result SET stored = 'long ago'"));
+        QCOMPARE(sentenceOf([&] { ResultFile(path(), {}); }), refusal("it is damaged: stored is no whole number"));
+        QCOMPARE(OtherConnection(path()).run(QStringLiteral("SELECT count(*) FROM result")).toInt(), 1);
+    }
+
     void anAnswerThatBreaksOffIsAFailure()
     {
         fill(3);
