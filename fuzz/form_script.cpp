@@ -48,7 +48,7 @@ bool isPossible(const QString& text)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const std::unique_ptr<PgXmlFormular> other = makeForm();
+    const std::unique_ptr<PgXmlFormular> other = makeForm();
     const std::unique_ptr<PgXmlFormular> form = makeForm();
     const QString before = form->GetXmlString();
     FUZZ_REQUIRE(isPossible(before));
