@@ -6,6 +6,7 @@
 #include "app/modalboxcloser.h"
 #include "app/options.h"
 #include "app/recorder.h"
+#include "app/resulthistory.h"
 #include "app/screenshot.h"
 #include "app/session.h"
 #include "app/settingsreport.h"
@@ -77,6 +78,17 @@ QString parameterSetFolder(const Options& options)
     return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + QStringLiteral("/parameter-sets");
 }
 
+/// Where results are stored; empty: nowhere. A window offers it without being asked: who sees "History" among the
+/// locate types shall be able to choose it.
+QString historyFile(const Options& options)
+{
+    if (!options.historyFile.isEmpty() || options.headless)
+        return options.historyFile;
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    QDir().mkpath(folder); // where that fails, opening the file will tell
+    return folder + QStringLiteral("/results.sqlite");
+}
+
 template <typename T>
 using OrErrors = std::variant<T, QStringList>;
 
@@ -137,6 +149,7 @@ public:
 
 private:
     void showTraces();
+    void keepHistory(DfDriver& driver);
     void onException(const QString& text);
     void startWork();
     void makeSettings();
@@ -148,6 +161,7 @@ private:
 
     const Options& m_options;
     MainWindow m_window; // the session ends first
+    std::unique_ptr<ResultHistory> m_history;
     Session m_session;
     std::unique_ptr<Recorder> m_recorder;
     std::unique_ptr<MeasuringJob> m_job;
@@ -165,6 +179,7 @@ int Run::run()
         connect(driver, &DfDriver::settingsRefused, this, printError);
         if (!m_options.recordFile.isEmpty())
             m_recorder = std::make_unique<Recorder>(*driver, m_options.recordFile);
+        keepHistory(*driver);
     }
     connect(static_cast<Application*>(qApp), &Application::exceptionCaught, this, &Run::onException);
     connect(&m_window, &MainWindow::closed, qApp, &QCoreApplication::quit);
@@ -196,6 +211,19 @@ void Run::showTraces()
         if (m_options.trace)
             printError(QStringLiteral("%1:%2: %3").arg(record.sourceFile).arg(record.line).arg(record.text));
     });
+}
+
+void Run::keepHistory(DfDriver& driver)
+{
+    const QString file = historyFile(m_options);
+    if (file.isEmpty())
+        return;
+    m_history = std::make_unique<ResultHistory>(file);
+    m_history->setChoice(m_options.historyChoice);
+    connect(m_history.get(), &ResultHistory::message, this, printError);
+    connect(&driver, &DfDriver::measured, m_history.get(), &ResultHistory::keep);
+    driver.setHistory(m_history.get());
+    m_window.offerHistory(*m_history, driver);
 }
 
 /// Whoever sits in front of the window sees what happened and decides; else there is no sense in waiting for a result.
@@ -260,6 +288,7 @@ void Run::printShot()
     ++m_shotCount;
     ShotReport shot = readShot(m_session.toolBar(), handlerRoot() + QStringLiteral("Values/Result/"));
     shot.located = m_session.driver()->publishedFix();
+    shot.history = m_session.driver()->publishedHistory();
     if (m_options.json) {
         QJsonObject json = shotJson(m_shotCount, shot);
         json.insert(QStringLiteral("settings"), settingsJson(m_session.toolBar(), *m_session.driver()));
@@ -286,6 +315,10 @@ void Run::saveFiles()
         if (const auto failure = m_recorder->finish())
             fail(BadOptionsOrFiles, *failure);
     }
+    // Who names a file relies on it; of the other one it is enough that the window has told.
+    const bool isStored = !m_history || m_history->close();
+    if (!isStored && !m_options.historyFile.isEmpty() && m_exitCode == Done)
+        m_exitCode = BadOptionsOrFiles;
 }
 
 void Run::fail(ExitCode code, const QString& reason)

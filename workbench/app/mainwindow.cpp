@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/historyview.h"
 #include "app/parametersetview.h"
 #include "app/screenshot.h"
 #include "app/session.h"
@@ -32,6 +33,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace workbench {
@@ -130,11 +132,15 @@ void MainWindow::addStatusBar()
     m_driverName->setObjectName(QStringLiteral("DriverName"));
     m_lastResult = new QLabel(tr("No result yet"));
     m_lastResult->setObjectName(QStringLiteral("LastResult"));
-    for (QLabel* const label : {m_lastResult, m_inputMode, m_driverName}) {
-        label->setMargin(fontMetrics().averageCharWidth() / 2);
-        label->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
-        statusBar()->addPermanentWidget(label);
-    }
+    for (QLabel* const label : {m_lastResult, m_inputMode, m_driverName})
+        addToStatusBar(label);
+}
+
+void MainWindow::addToStatusBar(QLabel* label)
+{
+    label->setMargin(fontMetrics().averageCharWidth() / 2);
+    label->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    statusBar()->addPermanentWidget(label);
 }
 
 void MainWindow::addFileMenu()
@@ -142,7 +148,7 @@ void MainWindow::addFileMenu()
     QMenu* const menu = menuBar()->addMenu(tr("&File"));
     menu->addAction(tr("&Save screenshot …"), this, &MainWindow::saveScreenshotAs, QKeySequence::Print);
     menu->addSeparator();
-    menu->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence(Qt::CTRL | Qt::Key_Q));
+    menu->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence(QStringLiteral("Ctrl+Q")));
 }
 
 void MainWindow::addEditMenu()
@@ -197,17 +203,17 @@ void MainWindow::addFocusKeys()
         connect(shortcut, &QShortcut::activated, this, [this, forward] { focusNextArea(forward); });
     };
     addKeys(QKeySequence(Qt::Key_F6), true);
-    addKeys(QKeySequence(Qt::SHIFT | Qt::Key_F6), false);
+    addKeys(QKeySequence(QStringLiteral("Shift+F6")), false);
 }
 
 /// Goes round the toolbars and docks that are visible and have something to focus.
 void MainWindow::focusNextArea(bool forward)
 {
     QList<QWidget*> areas;
-    for (QToolBar* const toolBar : findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly))
-        areas += toolBar;
-    for (QDockWidget* const dock : findChildren<QDockWidget*>(QString(), Qt::FindDirectChildrenOnly))
-        areas += dock;
+    const auto toolBars = findChildren<QToolBar*>(QString(), Qt::FindDirectChildrenOnly);
+    std::copy(toolBars.begin(), toolBars.end(), std::back_inserter(areas));
+    const auto docks = findChildren<QDockWidget*>(QString(), Qt::FindDirectChildrenOnly);
+    std::copy(docks.begin(), docks.end(), std::back_inserter(areas));
     if (!forward)
         std::reverse(areas.begin(), areas.end());
     const QWidget* const focused = QApplication::focusWidget();
@@ -326,6 +332,33 @@ void MainWindow::offerParameterSets(Session& session, const QString& folder)
     splitDockWidget(findChild<QDockWidget*>(QStringLiteral("TraceDock")), dock, Qt::Horizontal);
     addDockEntry(dock, tr("&Parameter sets"));
     connect(view, &ParameterSetView::message, this, &MainWindow::showMessage);
+}
+
+void MainWindow::offerHistory(ResultHistory& history, const DfDriver& driver)
+{
+    auto* const view = new HistoryView(history);
+    connect(&driver, &DfDriver::resultPublished, view, &HistoryView::follow);
+    auto* const dock = new QDockWidget(tr("History"), this);
+    dock->setObjectName(QStringLiteral("HistoryDock"));
+    dock->setWidget(view);
+    tabifyDockWidget(findChild<QDockWidget*>(QStringLiteral("TraceDock")), dock);
+    findChild<QDockWidget*>(QStringLiteral("TraceDock"))->raise();
+    addDockEntry(dock, tr("Hi&story"));
+
+    m_historyState = new QLabel;
+    m_historyState->setObjectName(QStringLiteral("HistorySummary"));
+    addToStatusBar(m_historyState);
+    showHistoryState(history);
+    connect(&history, &ResultHistory::stateChanged, this, [this, &history] { showHistoryState(history); });
+    connect(&history, &ResultHistory::message, this, &MainWindow::showMessage);
+}
+
+/// Messages come and go with the results; that results are not stored has to stay in view.
+void MainWindow::showHistoryState(const ResultHistory& history)
+{
+    const QString trouble = history.trouble();
+    m_historyState->setText(trouble.isEmpty() ? tr("Stored: %1").arg(history.storedCount()) : tr("Not stored"));
+    m_historyState->setToolTip(trouble.isEmpty() ? history.file() : trouble);
 }
 
 void MainWindow::addInputModeMenu(Session& session)

@@ -12,6 +12,7 @@ class QMenu;
 namespace workbench {
 
 class DfDriver;
+class ResultHistory;
 class Session;
 class TraceView;
 class ValueTreeView;
@@ -34,6 +35,9 @@ public:
     /// Adds a dock with the parameter set of the component of @p session and the named sets in @p folder. The session
     /// may end before the window.
     void offerParameterSets(Session& session, const QString& folder);
+    /// Adds a dock in which the bearings of @p history are chosen, and says in the status bar whether results are stored.
+    /// To be called after follow(). The history and the session may end before the window.
+    void offerHistory(ResultHistory& history, const DfDriver& driver);
     /// Shows in place of the component why there is none; @p reason is a full sentence.
     void showComponentFailure(const QString& reason);
 
@@ -55,6 +59,7 @@ protected:
 private:
     void addDocks();
     void addStatusBar();
+    void addToStatusBar(QLabel* label);
     void addFileMenu();
     void addEditMenu();
     void addViewMenu();
@@ -62,6 +67,7 @@ private:
     void addInputModeMenu(Session& session);
     void addDeviceMenu(DfDriver& driver);
     void addMap(const DfDriver& driver);
+    void showHistoryState(const ResultHistory& history);
     void findValue();
     void addDockEntry(QDockWidget* dock, const QString& text);
     void addFocusKeys();
@@ -79,6 +85,7 @@ private:
     QLabel* m_driverName = nullptr;
     QLabel* m_inputMode = nullptr;
     QLabel* m_lastResult = nullptr;
+    QLabel* m_historyState = nullptr; // null without a history
     QMenu* m_viewMenu = nullptr;
     QMenu* m_helpMenu = nullptr;
     QString m_toolBarObstacle; // why nothing can be done in the toolbar; empty: it can

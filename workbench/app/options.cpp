@@ -32,6 +32,11 @@ const QString jsonName = QStringLiteral("json");
 const QString recordName = QStringLiteral("record");
 const QString setName = QStringLiteral("set");
 const QString parameterSetsName = QStringLiteral("parameter-sets");
+const QString historyName = QStringLiteral("history");
+const QString historyFromName = QStringLiteral("history-from");
+const QString historyToName = QStringLiteral("history-to");
+const QString historyFrequencyName = QStringLiteral("history-frequency");
+const QString historyToleranceName = QStringLiteral("history-tolerance");
 const QString frequencyName = QStringLiteral("frequency");
 const QString levelName = QStringLiteral("level");
 const QString qualityName = QStringLiteral("quality");
@@ -69,6 +74,16 @@ void addOptions(QCommandLineParser& parser)
          QStringLiteral("NAME=VALUE")});
     add(parameterSetsName, "Keep parameter sets in the folder DIR (default: the folder for the program's data).",
         "DIR");
+    add(historyName,
+        "Store the results in FILE, and compute positions from it with locate type \"History\" (default with a window: "
+        "a "
+        "file in the folder for the program's data; without: none).",
+        "FILE");
+    add(historyFromName, "Compute positions from results stored for this UTC time or later.", "TIME");
+    add(historyToName, "Compute positions from results stored for this UTC time or earlier.", "TIME");
+    add(historyFrequencyName,
+        "Compute positions from results stored for this frequency in Hz (default: that of the latest result).", "HZ");
+    add(historyToleranceName, "How far in Hz stored results may be off the frequency (default: 1000).", "HZ");
     add(frequencyName, "Frequency in Hz to assume for a recording.", "HZ");
     add(levelName, "Level in dBµV to assume where the recording has none.", "DBUV");
     add(qualityName, "Quality in percent to assume where the recording has none.", "PERCENT");
@@ -95,7 +110,8 @@ public:
     std::vector<SettingAssignment> settings(const QString& name)
     {
         std::vector<SettingAssignment> settings;
-        for (const QString& text : m_parser.values(name)) {
+        const QStringList texts = m_parser.values(name);
+        for (const QString& text : texts) {
             const int end = text.indexOf(QLatin1Char('='));
             if (end >= 0 && settingNames().contains(text.left(end)))
                 settings.push_back({text.left(end), text.mid(end + 1)});
@@ -112,7 +128,7 @@ public:
     {
         if (!isSet(name))
             return {};
-        const auto result = convert(m_parser.value(name));
+        auto result = convert(m_parser.value(name));
         if (!result)
             refuse(name, expected);
         return result;
@@ -120,7 +136,7 @@ public:
 
     QString pngFile(const QString& name)
     {
-        const QString value = file(name);
+        QString value = file(name);
         if (!value.isEmpty() && !value.endsWith(QLatin1String(".png"), Qt::CaseInsensitive))
             refuse(name, tr("the name of a file that ends in .png"));
         return value;
@@ -147,7 +163,7 @@ private:
     {
         if (!isSet(name))
             return {};
-        const QString value = m_parser.value(name);
+        QString value = m_parser.value(name);
         if (value.isEmpty())
             refuse(name, expected);
         return value;
@@ -195,6 +211,12 @@ std::optional<double> toSigma(const QString& text)
     return number && *number >= leastSigma && *number <= greatestSigma ? number : std::nullopt;
 }
 
+std::optional<double> toNumberFrom0(const QString& text)
+{
+    const auto number = toNumber(text);
+    return number && *number >= 0.0 ? number : std::nullopt;
+}
+
 std::optional<int> toCount(const QString& text)
 {
     bool ok = false;
@@ -216,6 +238,31 @@ std::optional<QTime> toTimeOfDay(const QString& text)
     return time.isValid() ? std::optional(time) : std::nullopt;
 }
 
+std::optional<QDateTime> toTime(const QString& text)
+{
+    // Apart: taken for a local time, one within an hour that the clocks skip would be moved.
+    const QStringList parts = text.split(QLatin1Char('T'));
+    const QDate date = QDate::fromString(parts.first(), QStringLiteral("yyyy-MM-dd"));
+    const std::optional<QTime> time = toTimeOfDay(parts.last());
+    if (parts.size() != 2 || !date.isValid() || !time)
+        return std::nullopt;
+    return QDateTime(date, *time, Qt::UTC);
+}
+
+HistoryChoice readHistoryChoice(Reader& reader)
+{
+    const QString expectedTime = tr("a UTC time as YYYY-MM-DDTHH:MM:SS");
+    HistoryChoice choice;
+    choice.from = reader.value(historyFromName, expectedTime, toTime).value_or(QDateTime());
+    choice.to = reader.value(historyToName, expectedTime, toTime).value_or(QDateTime());
+    if (choice.from.isValid() && choice.to.isValid() && choice.to < choice.from)
+        reader.errors += tr("The time of --%1 is before that of --%2.").arg(historyToName, historyFromName);
+    choice.frequency = reader.value(historyFrequencyName, tr("a frequency in Hz above 0"), toNumberAbove0);
+    choice.tolerance = reader.value(historyToleranceName, tr("a number of Hz of at least 0"), toNumberFrom0)
+                           .value_or(choice.tolerance);
+    return choice;
+}
+
 Options readOptions(Reader& reader)
 {
     Options options;
@@ -234,6 +281,8 @@ Options readOptions(Reader& reader)
     options.screenshotFile = reader.pngFile(screenshotName);
     options.recordFile = reader.file(recordName);
     options.parameterSetFolder = reader.folder(parameterSetsName);
+    options.historyFile = reader.file(historyName);
+    options.historyChoice = readHistoryChoice(reader);
     options.settings = reader.settings(setName);
     options.recordedDefaults.frequency = reader.value(frequencyName, tr("a frequency in Hz above 0"), toNumberAbove0);
     options.recordedDefaults.level = reader.value(levelName, tr("a level in dBµV"), toNumber);
@@ -248,9 +297,12 @@ void checkConflicts(Reader& reader)
     reader.excludes(scenarioName, {recordingName});
     reader.excludes(seedName, {recordingName});
     reader.excludes(shotsName, {cyclicName});
-    reader.excludes(offlineName, {shotsName, cyclicName, scenarioName, recordingName, seedName, recordName});
+    reader.excludes(offlineName,
+                    {shotsName, cyclicName, scenarioName, recordingName, seedName, recordName, historyName});
     for (const QString& name : {frequencyName, levelName, qualityName, sigmaName, timeName})
         reader.needs(name, recordingName);
+    for (const QString& name : {historyFromName, historyToName, historyFrequencyName, historyToleranceName})
+        reader.needs(name, historyName);
     reader.needs(jsonName, headlessName);
 }
 

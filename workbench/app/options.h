@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/operatorsettings.h"
+#include "app/resulthistory.h"
 #include "drivers/recording.h"
 
 #include <QString>
@@ -29,6 +30,9 @@ struct Options
     QString screenshotFile;     ///< empty: none
     QString recordFile;         ///< empty: results are not recorded
     QString parameterSetFolder; ///< empty: the folder for the program's data
+    QString historyFile;        ///< empty: the one in the folder for the program's data; without a window none
+
+    HistoryChoice historyChoice; ///< of the stored bearings that make positions
 
     std::vector<SettingAssignment> settings; ///< to be made before anything is measured, in this order
 

@@ -268,6 +268,21 @@ QJsonValue fixJson(const ShotReport& shot)
                        {QStringLiteral("degreesOfFreedom"), fix ? QJsonValue(fix->degreesOfFreedom) : QJsonValue()}};
 }
 
+QString historyText(const HistoryFix& history)
+{
+    const QString text = tr("%1 results, %2 usable bearings").arg(history.results).arg(history.bearings);
+    return history.isComplete ? text : text + tr("; the newest of more");
+}
+
+QJsonValue historyJson(const std::optional<HistoryFix>& history)
+{
+    if (!history)
+        return {};
+    return QJsonObject{{QStringLiteral("results"), history->results},
+                       {QStringLiteral("bearings"), history->bearings},
+                       {QStringLiteral("complete"), history->isComplete}};
+}
+
 } // namespace
 
 ShotReport readShot(const QToolBar* toolBar, const QString& resultPath)
@@ -314,6 +329,8 @@ QString shotTable(int number, const ShotReport& shot)
         line(tr("Chi-square"),
              tr("%1, degrees of freedom: %2").arg(fix->chiSquare, 0, 'f', 2).arg(fix->degreesOfFreedom));
     }
+    if (shot.history)
+        line(tr("Stored results"), historyText(*shot.history));
     return text + QLatin1Char('\n') + stationTable(shot.stations) + QLatin1Char('\n');
 }
 
@@ -334,6 +351,7 @@ QJsonObject shotJson(int number, const ShotReport& shot)
             {QStringLiteral("qualityThreshold"), orNull(shot.qualityThreshold)},
             {QStringLiteral("fix"), fixJson(shot)},
             {QStringLiteral("noFix"), reason.isEmpty() ? QJsonValue() : QJsonValue(reason)},
+            {QStringLiteral("history"), historyJson(shot.history)},
             {QStringLiteral("stations"), stations}};
 }
 

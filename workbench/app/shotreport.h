@@ -1,6 +1,6 @@
 #pragma once
 
-#include "drivers/onlinefix.h"
+#include "drivers/historyfix.h"
 
 #include <QJsonArray>
 #include <QString>
@@ -43,6 +43,8 @@ struct ShotReport
     /// What the driver knows of the fix beyond its position, or why there is none. It is in no value: whoever has a
     /// driver puts it here.
     std::optional<LocateResult> located;
+    /// From which stored results the fix is; nothing when it is from this result alone. As above.
+    std::optional<HistoryFix> history;
     std::vector<StationReport> stations; ///< in the order of the stations' list
 };
 

@@ -3,6 +3,7 @@
 #include "support/testmain.h"
 
 using workbench::CommandLine;
+using workbench::HistoryChoice;
 using workbench::Options;
 
 namespace {
@@ -23,6 +24,9 @@ private slots:
     void everyNumberIsRead();
     void everyFileIsRead();
     void settingsForARecordingAreRead();
+    void theChoiceOfStoredResultsIsRead();
+    void aTimeThatTheLocalClockSkipsIsAUtcTime();
+    void aTimeSpanThatEndsBeforeItBeginsIsRefused();
     void settingsAreReadInTheirOrder();
     void badSettingsAreNamedEach();
     void limitsOfNumbersAreAccepted();
@@ -50,8 +54,9 @@ void TestOptions::withoutArgumentsEverythingHasItsDefault()
     QVERIFY(options.settings.empty());
     QCOMPARE(options.seed, quint64(1));
     QCOMPARE(options.scenarioFile + options.recordingFile + options.componentFile + options.screenshotFile +
-                 options.recordFile + options.parameterSetFolder,
+                 options.recordFile + options.parameterSetFolder + options.historyFile,
              QString());
+    QVERIFY(options.historyChoice == HistoryChoice());
     QVERIFY(!options.recordedDefaults.frequency && !options.recordedDefaults.level &&
             !options.recordedDefaults.quality && !options.recordedDefaults.sigma && !options.recordedDefaults.time);
 }
@@ -80,13 +85,14 @@ void TestOptions::everyNumberIsRead()
 void TestOptions::everyFileIsRead()
 {
     CommandLine line = read({"--scenario", "a b.json", "--component", "lib.so", "--screenshot", "s.PNG", "--record",
-                             "r.csv", "--parameter-sets", "my sets"});
+                             "r.csv", "--parameter-sets", "my sets", "--history", "h.sqlite"});
     QCOMPARE(line.errors, QStringList());
     QCOMPARE(line.options.scenarioFile, QStringLiteral("a b.json"));
     QCOMPARE(line.options.componentFile, QStringLiteral("lib.so"));
     QCOMPARE(line.options.screenshotFile, QStringLiteral("s.PNG"));
     QCOMPARE(line.options.recordFile, QStringLiteral("r.csv"));
     QCOMPARE(line.options.parameterSetFolder, QStringLiteral("my sets"));
+    QCOMPARE(line.options.historyFile, QStringLiteral("h.sqlite"));
     line = read({"--recording", "b.csv"});
     QCOMPARE(line.options.recordingFile, QStringLiteral("b.csv"));
 }
@@ -101,6 +107,34 @@ void TestOptions::settingsForARecordingAreRead()
     QCOMPARE(line.options.recordedDefaults.quality.value(), 80.0);
     QCOMPARE(line.options.recordedDefaults.sigma.value(), 2.5);
     QCOMPARE(line.options.recordedDefaults.time.value(), QTime(7, 8, 9));
+}
+
+void TestOptions::theChoiceOfStoredResultsIsRead()
+{
+    const CommandLine line =
+        read({"--history", "h", "--history-from", "2026-05-14T08:00:00", "--history-to", "2026-05-14T08:00:00",
+              "--history-frequency", "1.555e8", "--history-tolerance", "0"});
+    QCOMPARE(line.errors, QStringList());
+    const HistoryChoice& choice = line.options.historyChoice;
+    QCOMPARE(choice.from, QDateTime(QDate(2026, 5, 14), QTime(8, 0), Qt::UTC));
+    QCOMPARE(choice.to, choice.from);
+    QCOMPARE(choice.from.timeSpec(), Qt::UTC);
+    QCOMPARE(choice.frequency.value(), 155.5e6);
+    QCOMPARE(choice.tolerance, 0.0);
+    QCOMPARE(read({"--history", "h"}).options.historyChoice.tolerance, 1000.0);
+}
+
+void TestOptions::aTimeThatTheLocalClockSkipsIsAUtcTime()
+{
+    const CommandLine line = read({"--history", "h", "--history-from", "2026-03-29T02:30:00"});
+    QCOMPARE(line.options.historyChoice.from, QDateTime(QDate(2026, 3, 29), QTime(2, 30), Qt::UTC));
+}
+
+void TestOptions::aTimeSpanThatEndsBeforeItBeginsIsRefused()
+{
+    const CommandLine line =
+        read({"--history", "h", "--history-from", "2026-05-14T08:00:01", "--history-to", "2026-05-14T08:00:00"});
+    QCOMPARE(line.errors, QStringList("The time of --history-to is before that of --history-from."));
 }
 
 void TestOptions::settingsAreReadInTheirOrder()
@@ -161,6 +195,15 @@ void TestOptions::aBadValueIsNamedWithOptionTextAndExpectation_data()
     rows("quality", {"-0.1", "100.1", "good", "", "80%"}, "a number of percent from 0 to 100");
     rows("sigma", {"0", "0.0000009", "180.1", "-3", "nan", "", "3°"}, "a number of degrees from 0.000001 to 180");
     rows("time", {"24:00:00", "7:08:09", "07:08", "noon", "", "07:08:09Z"}, "a time of day as HH:MM:SS");
+    for (const char* const option : {"history-from", "history-to"}) {
+        rows(option,
+             {"", "noon", "2026-05-14", "08:00:00", "2026-05-14 08:00:00", "2026-05-14T08:00", "2026-02-30T08:00:00",
+              "2026-05-14T24:00:00", "2026-05-14T08:00:00Z", "2026-05-14T08:00:00T08:00:00"},
+             "a UTC time as YYYY-MM-DDTHH:MM:SS");
+    }
+    rows("history-frequency", {"0", "-1", "inf", "high", ""}, "a frequency in Hz above 0");
+    rows("history-tolerance", {"-0.1", "inf", "nan", "wide", ""}, "a number of Hz of at least 0");
+    rows("history", {""}, "the name of a file");
     rows("scenario", {""}, "the name of a file");
     rows("recording", {""}, "the name of a file");
     rows("component", {""}, "the name of a file");
@@ -179,6 +222,8 @@ void TestOptions::aBadValueIsNamedWithOptionTextAndExpectation()
     if (QStringList{"frequency", "level", "quality", "sigma", "time"}.contains(option))
         arguments << "--recording"
                   << "b.csv";
+    if (option.startsWith(QLatin1String("history-")))
+        arguments << "--history=h";
     QCOMPARE(
         read(arguments).errors,
         QStringList(QStringLiteral("Option --%1: \"%2\" was given, but %3 was expected.").arg(option, text, expected)));
@@ -201,6 +246,7 @@ void TestOptions::optionsThatExcludeEachOtherAreRefused_data()
     row("offline and recording", {"--offline", "--recording=b"}, "offline", "recording");
     row("offline and seed", {"--offline", "--seed=1"}, "offline", "seed");
     row("offline and record", {"--offline", "--record=a"}, "offline", "record");
+    row("offline and history", {"--offline", "--history=a"}, "offline", "history");
 }
 
 void TestOptions::optionsThatExcludeEachOtherAreRefused()
@@ -232,6 +278,11 @@ void TestOptions::anOptionWithoutTheOneItNeedsIsRefused_data()
     QTest::newRow("time") << "--time=01:01:01"
                           << "time"
                           << "recording";
+    for (const char* const argument : {"--history-from=2026-05-14T08:00:00", "--history-to=2026-05-14T08:00:00",
+                                       "--history-frequency=1", "--history-tolerance=1"}) {
+        const QString option = QString(argument).section('=', 0, 0).mid(2);
+        QTest::newRow(qPrintable(option)) << argument << option << "history";
+    }
     QTest::newRow("json") << "--json"
                           << "json"
                           << "headless";

@@ -26,6 +26,9 @@ QProcessEnvironment environment()
     // Without such a folder the platform adds a line of its own to the error stream.
     static const QTemporaryDir runtimeFolder;
     result.insert("XDG_RUNTIME_DIR", runtimeFolder.path());
+    // Nothing of the user's own data is read or changed.
+    static const QTemporaryDir dataFolder;
+    result.insert("XDG_DATA_HOME", dataFolder.path());
     return result;
 }
 
@@ -98,6 +101,16 @@ private slots:
     void aRecordingIsNotRecordedOver();
     void withoutAResultTheEarlierRecordingStays();
     void badScenariosAndRecordingsEndWithTwo();
+
+    void storedResultsOfOneRunMakeThePositionOfTheNext();
+    void onlyStoredResultsOfTheChosenSpanMakeAPosition();
+    void theTableTellsOfStoredResults();
+    void withoutAHistoryThereIsNoPositionFromOne();
+    void aRecordingIsLocatedFromItsStoredBearings();
+    void resultsThatCannotBeStoredAreToldOnceAndEndWithTwo();
+    void aHistoryThatCannotBeOpenedIsToldAndTheWorkIsDone();
+    void theHistoryIsRecordedOnlyWhereItIsAskedForWithoutAWindow();
+    void aWindowStoresWithoutBeingAsked();
 
     void aWrongComponentEndsWithOneAndTheReason_data();
     void aWrongComponentEndsWithOneAndTheReason();
@@ -409,7 +422,8 @@ void TestProgram::anOperatorCanDoWithoutAFix()
     QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
     const QJsonObject shot = outcome.json()[0].toObject();
     QVERIFY(shot["fix"].isNull());
-    QCOMPARE(shot["noFix"].toString(), QStringLiteral("No fix: the locate type is neither \"Online\" nor \"History\"."));
+    QCOMPARE(shot["noFix"].toString(),
+             QStringLiteral("No fix: the locate type is neither \"Online\" nor \"History\"."));
 }
 
 void TestProgram::theSurveyIsShownBearingByBearing()
@@ -504,6 +518,138 @@ void TestProgram::badScenariosAndRecordingsEndWithTwo()
             QVERIFY2(outcome.errors.contains(name), qPrintable(outcome.errors));
         }
     }
+}
+
+/// Two runs of the same simulation measure the same: what the second finds stored it has stored again.
+void TestProgram::storedResultsOfOneRunMakeThePositionOfTheNext()
+{
+    const QStringList stored{"--headless", "--json", "--history", m_folder.filePath("runs.sqlite")};
+    const Outcome first = run(stored + QStringList{"--shots", "5"});
+    QVERIFY2(first.exitCode == 0, qPrintable(first.errors));
+    QCOMPARE(first.errors, QString());
+    QVERIFY(first.json()[0].toObject()["history"].isNull());
+
+    const Outcome second = run(stored + QStringList{"--shots", "2", "--set", "Type=History"});
+    QVERIFY2(second.exitCode == 0, qPrintable(second.errors));
+    QCOMPARE(second.errors, QString()); // the toolbar knows that the type can be served
+    for (int i = 0; i < 2; ++i) {
+        const QJsonObject shot = second.json()[i].toObject();
+        const QJsonObject history = shot["history"].toObject();
+        QCOMPARE(history["results"].toInt(), 6 + i);
+        QVERIFY(history["bearings"].toInt() > 3 * (6 + i));
+        QVERIFY(history["complete"].toBool());
+        QVERIFY(shot["noFix"].isNull());
+        const QJsonObject fix = shot["fix"].toObject();
+        QCOMPARE(fix["degreesOfFreedom"].toInt(), history["bearings"].toInt() - 2);
+        QVERIFY(std::abs(fix["latitude"].toDouble() - 50.09) < 0.02);
+        QVERIFY(std::abs(fix["longitude"].toDouble() - 11.87) < 0.02);
+    }
+    // More bearings, a smaller ellipse.
+    const auto semiMajor = [](const Outcome& outcome) {
+        return outcome.json()[0].toObject()["fix"].toObject()["ellipse"].toObject()["semiMajor"].toDouble();
+    };
+    QVERIFY(semiMajor(second) < 0.7 * semiMajor(first));
+}
+
+void TestProgram::onlyStoredResultsOfTheChosenSpanMakeAPosition()
+{
+    // Four a second, the first a quarter of a second after half past nine.
+    const QStringList stored{"--headless", "--json", "--history", m_folder.filePath("span.sqlite")};
+    const Outcome first = run(stored + QStringList{"--shots", "30"});
+    QVERIFY2(first.exitCode == 0, qPrintable(first.errors));
+    const auto results = [&stored](const QStringList& choice) {
+        // Of another frequency: what is measured now is none of the results that are located.
+        const Outcome outcome =
+            run(stored + QStringList{"--set", "Type=History", "--set", "Frequency=462550000"} + choice);
+        return outcome.exitCode != 0 ? -1 : outcome.json()[0].toObject()["history"].toObject()["results"].toInt();
+    };
+    const QStringList tuned{"--history-frequency", "155500000"};
+    const QStringList from{"--history-from", "2026-05-14T09:30:05"};
+    const QStringList to{"--history-to", "2026-05-14T09:30:05"};
+    QCOMPARE(results(tuned), 30);
+    QCOMPARE(results(tuned + from), 11);
+    QCOMPARE(results(tuned + to), 20);
+    QCOMPARE(results(tuned + from + to), 1);
+    QCOMPARE(results({"--history-frequency", "155501000"}), 30);
+    QCOMPARE(results({"--history-frequency", "155501001"}), 0);
+    QCOMPARE(results({"--history-frequency", "155501001", "--history-tolerance", "1001"}), 30);
+}
+
+void TestProgram::theTableTellsOfStoredResults()
+{
+    const Outcome outcome =
+        run({"--headless", "--history", m_folder.filePath("table.sqlite"), "--shots", "2", "--set", "Type=History"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    QVERIFY2(outcome.output.contains("  Stored results        1 results, "), qPrintable(outcome.output));
+    QVERIFY2(outcome.output.contains("  Stored results        2 results, "), qPrintable(outcome.output));
+}
+
+void TestProgram::withoutAHistoryThereIsNoPositionFromOne()
+{
+    const Outcome outcome = run({"--headless", "--json", "--set", "Type=History"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    const QJsonObject shot = outcome.json()[0].toObject();
+    QVERIFY(shot["fix"].isNull());
+    QCOMPARE(shot["noFix"].toString(), QStringLiteral("No fix: there are no stored results."));
+}
+
+/// The second shot has one bearing only: with that of the first it makes a position.
+void TestProgram::aRecordingIsLocatedFromItsStoredBearings()
+{
+    const Outcome outcome =
+        run({"--headless", "--json", "--recording", m_recording, "--shots", "2", "--time", "10:11:12", "--frequency",
+             "151e6", "--history", m_folder.filePath("played.sqlite"), "--set", "Type=History"});
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    QCOMPARE(outcome.errors, QString());
+    const QJsonObject shot = outcome.json()[1].toObject();
+    QCOMPARE(shot["history"].toObject()["bearings"].toInt(), 3);
+    QVERIFY(std::abs(shot["fix"].toObject()["latitude"].toDouble() - 36.812) < 0.01);
+}
+
+void TestProgram::resultsThatCannotBeStoredAreToldOnceAndEndWithTwo()
+{
+    const QString file = m_folder.filePath("timeless.sqlite");
+    const Outcome outcome =
+        run({"--headless", "--json", "--recording", m_recording, "--shots", "2", "--history", file});
+    QCOMPARE(outcome.exitCode, 2);
+    QCOMPARE(outcome.json().size(), 2); // the work is done all the same
+    QCOMPARE(outcome.errors, file + ": cannot be written: the result has no time of day\n");
+}
+
+void TestProgram::aHistoryThatCannotBeOpenedIsToldAndTheWorkIsDone()
+{
+    const QString file = m_folder.filePath("gone/history.sqlite");
+    const Outcome outcome = run({"--headless", "--json", "--history", file, "--set", "Type=History", "--shots", "2"});
+    QCOMPARE(outcome.exitCode, 2);
+    const QString reason = file + ": cannot be opened: there is no folder " + m_folder.filePath("gone");
+    QVERIFY2(outcome.errors.startsWith(reason), qPrintable(outcome.errors));
+    QCOMPARE(outcome.json().size(), 2);
+    QCOMPARE(outcome.json()[1].toObject()["noFix"].toString(), "No fix: " + reason);
+    QVERIFY(!QFile::exists(m_folder.filePath("gone")));
+}
+
+void TestProgram::theHistoryIsRecordedOnlyWhereItIsAskedForWithoutAWindow()
+{
+    QProcessEnvironment own = environment();
+    const QTemporaryDir dataFolder;
+    own.insert("XDG_DATA_HOME", dataFolder.path());
+    QCOMPARE(run({"--headless"}, own).exitCode, 0);
+    QVERIFY(QDir(dataFolder.path()).isEmpty());
+}
+
+void TestProgram::aWindowStoresWithoutBeingAsked()
+{
+    QProcessEnvironment own = environment();
+    const QTemporaryDir dataFolder;
+    own.insert("XDG_DATA_HOME", dataFolder.path());
+    const QStringList window{"--screenshot", m_folder.filePath("stored.png"), "--shots", "1"};
+    const Outcome outcome = run(window, own);
+    QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
+    const QString file = dataFolder.filePath("dflocate-workbench/results.sqlite");
+    QVERIFY(QFile::exists(file));
+
+    const Outcome later = run({"--headless", "--json", "--history", file, "--set", "Type=History"}, own);
+    QCOMPARE(later.json()[0].toObject()["history"].toObject()["results"].toInt(), 2);
 }
 
 void TestProgram::aWrongComponentEndsWithOneAndTheReason_data()
