@@ -10,6 +10,9 @@ MapColors MapColors::fitting(const QPalette& palette)
     const bool isDark = palette.color(QPalette::Window).lightness() < 128;
     colors.ground = isDark ? QColor(0x1d2329) : QColor(0xf7f8f6);
     colors.graticule = isDark ? QColor(0x3a444d) : QColor(0xd5dadc);
+    colors.land = isDark ? QColor(0x8f, 0xa8, 0x8c, 34) : QColor(0x7c, 0x8f, 0x62, 38);
+    colors.coast = isDark ? QColor(0x5c6a75) : QColor(0xa9b4ba);
+    colors.place = isDark ? QColor(0x9aa5ad) : QColor(0x6a747b);
     colors.text = isDark ? QColor(0xe4e8eb) : QColor(0x20272c);
     colors.station = isDark ? QColor(0x7cb8ff) : QColor(0x1d4f91);
     colors.fix = isDark ? QColor(0xff6fae) : QColor(0xb3125f);

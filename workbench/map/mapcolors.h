@@ -12,6 +12,9 @@ struct MapColors
 {
     QColor ground;
     QColor graticule;
+    QColor land;  ///< an area of the background; lets the graticule through
+    QColor coast; ///< lines and points of the background
+    QColor place; ///< names on the background
     QColor text;
     QColor station;
     QColor fix;

@@ -4,6 +4,7 @@
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QPen>
+#include <QStyleOptionGraphicsItem>
 
 #include <algorithm>
 #include <cmath>
@@ -136,6 +137,102 @@ void BearingItem::setLook(MapUse use, const QColor& color, bool marked)
     QPen pen(color, width, style);
     pen.setCosmetic(true);
     setPen(pen);
+}
+
+BackgroundItem::BackgroundItem()
+{
+    setZValue(BackgroundLayer);
+    setFlag(ItemUsesExtendedStyleOption); // tells what of it is to be painted
+}
+
+void BackgroundItem::setShapes(std::vector<PlaneShape> shapes)
+{
+    prepareGeometryChange();
+    m_shapes = std::move(shapes);
+    m_bounds = QRectF();
+    for (const PlaneShape& shape : m_shapes) {
+        constexpr double surroundings = 1.0; // a lone point has an extent too
+        m_bounds |= shape.bounds.adjusted(-surroundings, -surroundings, surroundings, surroundings);
+    }
+    update();
+}
+
+void BackgroundItem::setColors(const MapColors& colors)
+{
+    m_land = colors.land;
+    m_coast = colors.coast;
+    m_place = colors.place;
+    update();
+}
+
+void BackgroundItem::paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* /*widget*/)
+{
+    const QRectF& exposed = option->exposedRect;
+    const double metresPerPixel = 1.0 / painter->worldTransform().m11();
+    const auto isExposed = [&](const QRectF& bounds) { // also when it has no width or height
+        return bounds.left() <= exposed.right() && bounds.right() >= exposed.left() &&
+               bounds.top() <= exposed.bottom() && bounds.bottom() >= exposed.top();
+    };
+    QPen line(m_coast, 1.0);
+    line.setCosmetic(true);
+    QPen point(m_coast, 5.0, Qt::SolidLine, Qt::RoundCap);
+    point.setCosmetic(true);
+
+    std::vector<const PlaneShape*> named;
+    for (const PlaneShape& shape : m_shapes) {
+        if (!isExposed(shape.bounds))
+            continue;
+        if (!shape.name.isEmpty())
+            named.push_back(&shape);
+        if (shape.kind == GeoShape::Kind::Points) {
+            painter->setPen(point);
+            painter->drawPoints(shape.points);
+            continue;
+        }
+        if (std::max(shape.bounds.width(), shape.bounds.height()) < metresPerPixel)
+            continue; // less than a pixel
+        const PlaneShape::Drawing& drawing = shape.drawingAt(metresPerPixel);
+        painter->fillPath(drawing.area, m_land);
+        painter->setPen(line);
+        for (const QPolygonF& each : drawing.lines)
+            painter->drawPolyline(each);
+    }
+    paintNames(painter, named);
+}
+
+void BackgroundItem::paintNames(QPainter* painter, const std::vector<const PlaneShape*>& shapes) const
+{
+    constexpr std::size_t most = 200;
+    constexpr double margin = 6.0; // pixels
+    const QTransform toScreen = painter->worldTransform();
+    const QRectF screen(painter->viewport());
+    painter->save();
+    painter->resetTransform();
+    painter->setFont(signFont());
+    painter->setPen(m_place);
+    const QFontMetricsF font(signFont());
+    std::vector<QRectF> taken;
+    for (const PlaneShape* const shape : shapes) {
+        const QPointF place = toScreen.map(shape->namePlace);
+        const auto isTaken = [&](const QRectF& room) {
+            return std::any_of(taken.begin(), taken.end(), [&](const QRectF& each) { return each.intersects(room); });
+        };
+        if (!screen.contains(place) || isTaken({place, QSizeF(1.0, 1.0)}))
+            continue;
+        const double width = font.horizontalAdvance(shape->name);
+        const bool isPoint = shape->kind == GeoShape::Kind::Points;
+        if (!isPoint && toScreen.mapRect(shape->bounds).width() < width)
+            continue;
+        const QPointF middle = isPoint ? place + QPointF(width / 2.0 + margin, 0.0) : place;
+        const QRectF room(middle.x() - width / 2.0, middle.y() - font.height() / 2.0, width, font.height());
+        if (isTaken(room))
+            continue;
+        painter->drawText(room, Qt::AlignCenter | Qt::TextDontClip | Qt::TextSingleLine, shape->name);
+        taken.push_back(room.adjusted(-margin, -margin, margin, margin));
+        if (taken.size() == most)
+            break;
+    }
+    painter->restore();
 }
 
 } // namespace workbench

@@ -2,6 +2,7 @@
 
 #include "map/mapcolors.h"
 #include "map/mapmodel.h"
+#include "map/planeshapes.h"
 
 #include <QGraphicsItem>
 #include <QGraphicsPathItem>
@@ -11,6 +12,7 @@ namespace workbench {
 /// What stands above what.
 enum MapLayer
 {
+    BackgroundLayer,
     EarlierLayer,
     EllipseLayer,
     BearingLayer,
@@ -127,6 +129,35 @@ private:
     bool m_isLatest;
     bool m_isMarked = false;
     QPolygonF m_line;
+};
+
+/// What lies behind everything else: coasts, borders, places. Of its names only those are painted that have room.
+class BackgroundItem final : public QGraphicsItem
+{
+public:
+    enum
+    {
+        Type = QGraphicsItem::UserType + 5
+    };
+
+    BackgroundItem();
+    [[nodiscard]] int type() const override { return Type; }
+
+    void setShapes(std::vector<PlaneShape> shapes);
+    [[nodiscard]] const std::vector<PlaneShape>& shapes() const { return m_shapes; }
+    void setColors(const MapColors& colors);
+
+    [[nodiscard]] QRectF boundingRect() const override { return m_bounds; }
+    void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
+
+private:
+    void paintNames(QPainter* painter, const std::vector<const PlaneShape*>& shapes) const;
+
+    std::vector<PlaneShape> m_shapes;
+    QRectF m_bounds;
+    QColor m_land;
+    QColor m_coast;
+    QColor m_place;
 };
 
 } // namespace workbench

@@ -38,6 +38,7 @@ MapScene::MapScene(MapModel& model, QObject* parent)
     , m_model(model)
     , m_projection({0.0, 0.0})
     , m_colors(MapColors::fitting(QGuiApplication::palette()))
+    , m_background(new BackgroundItem)
     , m_fix(new FixItem)
     , m_ellipse(new EllipseItem)
 {
@@ -45,6 +46,7 @@ MapScene::MapScene(MapModel& model, QObject* parent)
     setItemIndexMethod(NoIndex);
     constexpr double edge = MapProjection::radius * 1.1;
     setSceneRect(-edge, -edge, 2.0 * edge, 2.0 * edge);
+    addItem(m_background);
     addItem(m_ellipse);
     addItem(m_fix);
 
@@ -73,6 +75,11 @@ void MapScene::setColors(const MapColors& colors)
     m_colors = colors;
     refreshLooks();
     update();
+}
+
+void MapScene::setBackground(std::vector<PlaneShape> shapes)
+{
+    m_background->setShapes(std::move(shapes));
 }
 
 void MapScene::placeStations()
@@ -105,6 +112,7 @@ void MapScene::centreProjection()
     if (std::hypot(off.x(), off.y()) <= farthestCentre)
         return;
     m_projection = MapProjection(centre);
+    m_background->setShapes({});
     placeBearings();
     emit projectionChanged();
 }
@@ -183,6 +191,7 @@ void MapScene::refreshLooks()
                           isUsed ? m_colors.ofQuality(station.quality, m_model.qualityThreshold()) : m_colors.unused,
                           m_marked == item->stationId());
     }
+    m_background->setColors(m_colors);
     m_fix->setColors(m_colors.fix, m_colors.text, m_colors.ground);
     QPen rim(m_colors.fix, 1.5);
     rim.setCosmetic(true);

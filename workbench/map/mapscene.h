@@ -12,11 +12,13 @@
 
 namespace workbench {
 
+class BackgroundItem;
 class BearingItem;
 class EllipseItem;
 class FixItem;
 class MapModel;
 class StationItem;
+struct PlaneShape;
 
 /// The items of the map, in metres on the plane of its projection.
 ///
@@ -41,6 +43,9 @@ public:
 
     /// m; how long lines of bearing are: long enough to be seen well beyond the network and the fix.
     [[nodiscard]] double lineLength() const;
+
+    /// What lies behind everything else, on the plane of projection(). It goes when that becomes another one.
+    void setBackground(std::vector<PlaneShape> shapes);
 
     /// Marks a station with its bearings; nothing: none.
     void setMarked(std::optional<int> stationId);
@@ -71,6 +76,7 @@ private:
     std::optional<int> m_marked;
     std::vector<StationItem*> m_stations;
     std::vector<BearingItem*> m_bearings;
+    BackgroundItem* m_background = nullptr;
     FixItem* m_fix = nullptr; // both are there always, and visible when there is a fix
     EllipseItem* m_ellipse = nullptr;
     QTimer m_ageTimer;

@@ -2,6 +2,7 @@
 
 #include "filework/filework.h"
 #include "filework/savefile.h"
+#include "map/mapbackground.h"
 #include "map/mapcanvas.h"
 #include "map/mapexport.h"
 #include "map/mapformats.h"
@@ -18,6 +19,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSplitter>
 #include <QSvgGenerator>
@@ -36,6 +38,7 @@ MapView::MapView(MapModel::Clock clock, QWidget* parent)
     , m_model(clock ? new MapModel(std::move(clock), this) : new MapModel(this))
     , m_scene(new MapScene(*m_model, this))
     , m_canvas(new MapCanvas(*m_scene))
+    , m_background(new MapBackground(*m_scene, this))
     , m_files(new FileWork(this))
     , m_table(new QTableView)
     , m_fixText(new QLabel)
@@ -67,7 +70,10 @@ MapView::MapView(MapModel::Clock clock, QWidget* parent)
     auto* const layout = new QVBoxLayout(this);
     layout->addWidget(controls());
     layout->addWidget(splitter, 1);
-    layout->addWidget(m_pointedAt);
+    auto* const foot = new QHBoxLayout;
+    foot->addWidget(m_pointedAt, 1);
+    foot->addWidget(readingBar(), 1);
+    layout->addLayout(foot);
     connectParts();
     showFix();
     showPointedAt(std::nullopt);
@@ -143,8 +149,41 @@ QWidget* MapView::controls()
     return bar;
 }
 
+/// Stands below the map while a background is read, and has its place always: the map shall not jump.
+QWidget* MapView::readingBar()
+{
+    auto* const bar = new QWidget;
+    bar->setObjectName(QStringLiteral("MapReading"));
+    auto* const share = new QProgressBar;
+    share->setRange(0, 100);
+    auto* const label = new QLabel(tr("Reading the background"));
+    label->setBuddy(share);
+    auto* const cancel = new QPushButton(tr("Cancel"));
+    cancel->setObjectName(QStringLiteral("MapReadingCancel"));
+    cancel->setToolTip(tr("Give up the file; the present background stays"));
+    cancel->setAutoDefault(false);
+    auto* const layout = new QHBoxLayout(bar);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(label);
+    layout->addWidget(share, 1);
+    layout->addWidget(cancel);
+    QSizePolicy policy = bar->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    bar->setSizePolicy(policy);
+    bar->hide();
+    connect(cancel, &QPushButton::clicked, m_background, &MapBackground::cancel);
+    connect(m_background, &MapBackground::progressed, share, &QProgressBar::setValue);
+    connect(m_background, &MapBackground::readingChanged, this, [bar, share](bool isReading) {
+        share->setValue(0);
+        bar->setVisible(isReading);
+    });
+    return bar;
+}
+
 void MapView::connectParts()
 {
+    connect(m_background, &MapBackground::finished, this,
+            [this](bool /*isShown*/, const QString& text) { emit message(text); });
     connect(m_canvas, &MapCanvas::picked, this, &MapView::pick);
     connect(m_canvas, &MapCanvas::toggleRequested, this, &MapView::toggle);
     connect(m_canvas, &MapCanvas::pointedAt, this, &MapView::showPointedAt);
@@ -278,7 +317,19 @@ QByteArray MapView::svgPicture() const
     return bytes;
 }
 
-// Opened, not executed: a dialog that waits in a function would outlive a window that is closed meanwhile.
+// Dialogs are opened, not executed: a dialog that waits in a function would outlive a window that is closed meanwhile.
+
+void MapView::chooseBackground()
+{
+    auto* const dialog = new QFileDialog(this, tr("Map background"));
+    dialog->setObjectName(QStringLiteral("MapBackgroundDialog"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setNameFilters({tr("GeoJSON (*.geojson *.json)"), tr("All files (*)")});
+    connect(dialog, &QFileDialog::fileSelected, m_background, &MapBackground::open);
+    dialog->open();
+}
+
 void MapView::exportAs()
 {
     const QStringList filters{tr("PNG picture (*.png)"), tr("SVG picture (*.svg)"), tr("Results (*.csv)"),

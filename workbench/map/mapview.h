@@ -13,6 +13,7 @@ class QTableView;
 namespace workbench {
 
 class FileWork;
+class MapBackground;
 class MapCanvas;
 class MapScene;
 
@@ -29,9 +30,12 @@ public:
     [[nodiscard]] MapModel* model() const { return m_model; }
     [[nodiscard]] MapScene* scene() const { return m_scene; }
     [[nodiscard]] MapCanvas* canvas() const { return m_canvas; }
+    [[nodiscard]] MapBackground* background() const { return m_background; }
     [[nodiscard]] QTableView* table() const { return m_table; }
 
 public slots:
+    /// Asks for a GeoJSON file and shows it as background; message() tells what came of it.
+    void chooseBackground();
     /// Writes what is shown now to a file of the kind that its name ends in: ".png" and ".svg" the map as it is seen,
     /// ".csv" the results, ".geojson" and ".kml" stations, bearings and fix. message() tells when the file is written,
     /// or why there is none; nobody waits for it, and it is written even when the view goes meanwhile.
@@ -50,6 +54,7 @@ signals:
 private:
     void buildTable();
     [[nodiscard]] QWidget* controls();
+    [[nodiscard]] QWidget* readingBar();
     void connectParts();
     void showFix();
     void markSelected();
@@ -64,6 +69,7 @@ private:
     MapModel* m_model;
     MapScene* m_scene;
     MapCanvas* m_canvas;
+    MapBackground* m_background;
     FileWork* m_files;
     QTableView* m_table;
     QLabel* m_fixText;
