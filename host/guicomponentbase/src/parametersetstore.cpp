@@ -95,7 +95,7 @@ bool ParameterSetStore::Contains(const QString& name) const
 
 ParameterSetStore::Loaded ParameterSetStore::Load(const QString& name) const
 {
-    if (const Error error = CheckName(name); !error.isEmpty())
+    if (Error error = CheckName(name); !error.isEmpty())
         return {std::nullopt, error};
     QFile file(GetFile(name));
     if (!file.open(QIODevice::ReadOnly))
@@ -117,7 +117,7 @@ ParameterSetStore::Loaded ParameterSetStore::Load(const QString& name) const
 
 ParameterSetStore::Error ParameterSetStore::Save(const QString& name, const QString& xml) const
 {
-    if (const Error error = CheckName(name); !error.isEmpty())
+    if (Error error = CheckName(name); !error.isEmpty())
         return error;
     const QString content = xml.trimmed();
     QSaveFile file(GetFile(name));
@@ -136,7 +136,7 @@ ParameterSetStore::Error ParameterSetStore::Save(const QString& name, const QStr
 ParameterSetStore::Error ParameterSetStore::Rename(const QString& name, const QString& newName) const
 {
     for (const QString& each : {name, newName}) {
-        if (const Error error = CheckName(each); !error.isEmpty())
+        if (Error error = CheckName(each); !error.isEmpty())
             return error;
     }
     QFile file(GetFile(name));
@@ -153,7 +153,7 @@ ParameterSetStore::Error ParameterSetStore::Rename(const QString& name, const QS
 
 ParameterSetStore::Error ParameterSetStore::Delete(const QString& name) const
 {
-    if (const Error error = CheckName(name); !error.isEmpty())
+    if (Error error = CheckName(name); !error.isEmpty())
         return error;
     QFile file(GetFile(name));
     if (!file.exists())
