@@ -1,7 +1,10 @@
 #include "valueframework/tree.h"
 
 #include "faultpoints/faultpoint.h"
+#include "pathtable.h"
 #include "valueframework/valuebase.h"
+
+#include <QStringList>
 
 #include <algorithm>
 #include <exception>
@@ -36,7 +39,11 @@ QString canonical(const QString& path)
 
 ITreeListener::~ITreeListener() = default;
 
-Tree::Tree() = default;
+Tree::Tree()
+    : m_values(std::make_unique<PathTable>())
+{
+}
+
 Tree::~Tree() = default;
 
 Tree* Tree::Instance()
@@ -51,7 +58,9 @@ ValueBase* Tree::FindValue(const QString& path) const
 {
     if (faults::failsByResult("Tree::FindValue"))
         return nullptr;
-    return m_values.value(canonical(path));
+    // Only canonical paths are in the table, so one that is found needs no look at its form.
+    ValueBase* const value = m_values->find(path);
+    return value != nullptr || isCanonical(path) ? value : m_values->find(canonical(path));
 }
 
 bool Tree::InsertValue(const QString& parentPath, ValueBase* value)
@@ -61,13 +70,13 @@ bool Tree::InsertValue(const QString& parentPath, ValueBase* value)
     if (value == nullptr || value->m_inTree || value->m_name.isEmpty())
         return false;
     const QString path = canonical(parentPath + separator + value->m_name);
-    if (m_values.contains(path))
+    if (m_values->find(path) != nullptr)
         return false;
-    m_values.insert(path, value);
+    m_values->insert(path, value);
     value->m_path = path;
     value->m_inTree = true;
     TellListeners([value, &path, this](ITreeListener* listener) {
-        if (m_values.value(path) == value) // an earlier listener may have deleted it
+        if (m_values->find(path) == value) // an earlier listener may have deleted it
             listener->ValueInserted(value);
     });
     return true;
@@ -75,7 +84,7 @@ bool Tree::InsertValue(const QString& parentPath, ValueBase* value)
 
 bool Tree::DeleteValue(const QString& path)
 {
-    ValueBase* const value = m_values.take(canonical(path));
+    ValueBase* const value = m_values->take(canonical(path));
     if (value == nullptr)
         return false;
     const QString removedPath = value->m_path;
@@ -92,7 +101,7 @@ std::vector<ValueBase*> Tree::ValuesBelow(const QString& path) const
     if (!folder.endsWith(separator))
         folder += separator;
     std::vector<ValueBase*> below;
-    for (ValueBase* value : m_values) {
+    for (ValueBase* value : m_values->all()) {
         if (value->m_path.startsWith(folder))
             below.push_back(value);
     }
@@ -102,7 +111,10 @@ std::vector<ValueBase*> Tree::ValuesBelow(const QString& path) const
 
 void Tree::Clear()
 {
-    const QStringList paths = m_values.keys();
+    // By path: an observer may delete further values.
+    QStringList paths;
+    for (const ValueBase* value : m_values->all())
+        paths.push_back(value->m_path);
     for (const QString& path : paths)
         DeleteValue(path);
 }
@@ -122,15 +134,15 @@ bool Tree::Rename(ValueBase* value, const QString& name)
 {
     const QString oldPath = value->m_path;
     const QString newPath = canonical(oldPath.left(oldPath.size() - value->m_name.size()) + name);
-    if (m_values.contains(newPath))
+    if (m_values->find(newPath) != nullptr)
         return newPath == oldPath;
-    m_values.remove(oldPath);
-    m_values.insert(newPath, value);
+    m_values->take(oldPath);
+    m_values->insert(newPath, value);
     value->m_name = name;
     value->m_path = newPath;
     TellListeners([&oldPath](ITreeListener* listener) { listener->ValueRemoved(oldPath); });
     TellListeners([value, &newPath, this](ITreeListener* listener) {
-        if (m_values.value(newPath) == value)
+        if (m_values->find(newPath) == value)
             listener->ValueInserted(value);
     });
     return true;
@@ -138,7 +150,7 @@ bool Tree::Rename(ValueBase* value, const QString& name)
 
 void Tree::Forget(const QString& path)
 {
-    m_values.remove(path);
+    m_values->take(path);
     TellListeners([&path](ITreeListener* listener) { listener->ValueRemoved(path); });
 }
 

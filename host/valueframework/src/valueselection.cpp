@@ -21,13 +21,13 @@ ValueSelection::~ValueSelection() = default;
 /// True when the list is another one afterwards.
 bool ValueSelection::PutItem(SelectionItem item)
 {
-    const auto known = m_indexByKey.constFind(item.GetKey());
-    if (known == m_indexByKey.constEnd()) {
-        m_indexByKey.insert(item.GetKey(), GetItemCount());
+    const int index = GetItemIndex(item.GetKey());
+    if (index < 0) {
+        m_indexByKey.Insert({item.GetKey(), GetItemCount()});
         m_items.push_back(std::move(item));
         return true;
     }
-    SelectionItem& old = m_items[static_cast<std::size_t>(*known)];
+    SelectionItem& old = m_items[static_cast<std::size_t>(index)];
     if (old == item)
         return false;
     old = std::move(item);
@@ -73,9 +73,11 @@ bool ValueSelection::DeleteItem(int key, IObserver* observer)
     if (index < 0)
         return false;
     m_items.erase(m_items.begin() + index);
-    m_indexByKey.remove(key);
-    for (int i = index; i < GetItemCount(); ++i)
-        m_indexByKey[m_items[static_cast<std::size_t>(i)].GetKey()] = i;
+    m_indexByKey.Take(KeySlot::HashOf(key), HasKey{key});
+    for (int i = index; i < GetItemCount(); ++i) {
+        const int moved = m_items[static_cast<std::size_t>(i)].GetKey();
+        m_indexByKey.Find(KeySlot::HashOf(moved), HasKey{moved}).index = i;
+    }
     const bool wasCurrent = index == m_current;
     if (wasCurrent)
         m_current = -1;
@@ -95,7 +97,7 @@ void ValueSelection::DeleteItems(IObserver* observer)
         return;
     const bool hadCurrent = m_current >= 0;
     m_items.clear();
-    m_indexByKey.clear();
+    m_indexByKey.Clear();
     m_current = -1;
     Use use(*this);
     HasChanged(ChangeItems, observer);
@@ -108,13 +110,6 @@ const SelectionItem* ValueSelection::GetItem(int index) const
     if (faults::failsByResult("ValueSelection::GetItem"))
         return nullptr;
     return index >= 0 && index < GetItemCount() ? &m_items[static_cast<std::size_t>(index)] : nullptr;
-}
-
-int ValueSelection::GetItemIndex(int key) const
-{
-    if (faults::failsByResult("ValueSelection::GetItemIndex"))
-        return -1;
-    return m_indexByKey.value(key, -1);
 }
 
 QString ValueSelection::GetItemNameForKey(int key) const

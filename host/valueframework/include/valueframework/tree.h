@@ -2,13 +2,14 @@
 
 #include "valueframework/valueframeworkglobal.h"
 
-#include <QHash>
 #include <QString>
 
+#include <memory>
 #include <vector>
 
 namespace values {
 
+class PathTable;
 class ValueBase;
 
 /// Is told of values that come into the tree and leave it.
@@ -74,7 +75,7 @@ private:
     template <typename Call>
     void TellListeners(Call call);
 
-    QHash<QString, ValueBase*> m_values; // by canonical path
+    std::unique_ptr<PathTable> m_values; // by canonical path
     std::vector<ITreeListener*> m_listeners;
 };
 

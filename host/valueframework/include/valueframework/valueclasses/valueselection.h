@@ -1,8 +1,8 @@
 #pragma once
 
+#include "valueframework/detail/flattable.h"
 #include "valueframework/valuebase.h"
 
-#include <QHash>
 #include <QStringList>
 
 #include <vector>
@@ -62,7 +62,7 @@ public:
     /// The item at @p index, null outside the list. Valid until the list changes.
     [[nodiscard]] const SelectionItem* GetItem(int index) const;
     /// Position of the item with @p key, -1 when there is none. Does not depend on the number of items.
-    [[nodiscard]] int GetItemIndex(int key) const;
+    [[nodiscard]] int GetItemIndex(int key) const { return m_indexByKey.Find(KeySlot::HashOf(key), HasKey{key}).index; }
     /// Text of the item with @p key, empty when there is none.
     [[nodiscard]] QString GetItemNameForKey(int key) const;
     /// Key of the first item with that text, NoKey when there is none.
@@ -104,12 +104,32 @@ protected:
     [[nodiscard]] QString GetRecordingText() const override;
 
 private:
+    struct KeySlot
+    {
+        int key = NoKey;
+        int index = -1;
+
+        [[nodiscard]] bool IsFree() const { return key == NoKey; }
+        [[nodiscard]] uint GetHash() const { return HashOf(key); }
+        // Keys are often numbers with a step, such as bandwidths: the product moves their differences into all bits.
+        static uint HashOf(int key)
+        {
+            const uint product = static_cast<uint>(key) * 0x9E3779B9U;
+            return product ^ (product >> 15);
+        }
+    };
+    struct HasKey
+    {
+        int key;
+        bool operator()(const KeySlot& slot) const { return slot.key == key; }
+    };
+
     bool PutItem(SelectionItem item);
     template <typename Match>
     bool SelectFirst(Match match, IObserver* observer);
 
     std::vector<SelectionItem> m_items;
-    QHash<int, int> m_indexByKey;
+    detail::FlatTable<KeySlot> m_indexByKey;
     int m_current = -1; // index
 };
 
