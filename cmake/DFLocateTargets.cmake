@@ -57,6 +57,8 @@ function(dfl_host_library name)
   target_link_libraries(${name} PUBLIC ${ARG_LIBRARIES} PRIVATE faultpoints)
   string(TOUPPER ${name} upper)
   target_compile_definitions(${name} PRIVATE ${upper}_BUILD)
+  # Nobody replaces single functions of these libraries, so what a library calls of its own may be inlined.
+  target_compile_options(${name} PRIVATE $<$<NOT:$<CONFIG:Debug>>:-fno-semantic-interposition>)
   install(TARGETS ${name} EXPORT DFLocateHost LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
   install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/dflocate-host)
 endfunction()

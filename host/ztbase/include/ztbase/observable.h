@@ -75,18 +75,20 @@ protected:
         friend class Observable;
         Observable* m_used;
         Use* m_outer;
+        std::size_t m_end = 0; // where the round that holds this Use ends
     };
 
     /// Deletes this object now, or as soon as its outermost notification has returned.
     void DeleteWhenUnused();
 
 private:
-    void TidyUp();
+    void TellRest(const Use& round, std::size_t place, TChangeCode code, const IObserver* except);
+    void DoWaitingWork();
 
-    std::vector<IObserver*> m_observers;    // null: removed during a round
+    std::vector<IObserver*> m_observers;    // in the place of one removed during a round: nobody
     std::vector<IObserver*> m_pendingFirst; // MakeFirstObserver() during a round
     Use* m_innermostUse = nullptr;
     mutable std::shared_ptr<void> m_alive;
-    bool m_hasGaps = false;
+    bool m_workWaits = false; // for the end of the outermost Use: gaps, pending firsts or the deletion
     bool m_deleteWhenUnused = false;
 };
