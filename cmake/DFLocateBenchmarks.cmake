@@ -1,6 +1,7 @@
 # The kind of target that measures speed. Included only where such programs are built.
 
 find_package(benchmark 1.7 REQUIRED)
+find_package(Boost 1.74 REQUIRED)
 
 # dfl_benchmark(<subject> SOURCES <files> LIBRARIES <targets>)
 #
