@@ -15,6 +15,8 @@
 #include "drivers/recording.h"
 #include "drivers/scenario.h"
 #include "drivers/simulatednetwork.h"
+#include "map/mapbackground.h"
+#include "map/mapview.h"
 
 #include "ztbase/errorhandler.h"
 
@@ -150,6 +152,7 @@ public:
 private:
     void showTraces();
     void keepHistory(DfDriver& driver);
+    void openBackground();
     void onException(const QString& text);
     void startWork();
     void makeSettings();
@@ -167,6 +170,7 @@ private:
     std::unique_ptr<MeasuringJob> m_job;
     QJsonArray m_shots;
     int m_shotCount = 0;
+    bool m_isBackgroundBad = false;
     ExitCode m_exitCode = Done;
 };
 
@@ -180,6 +184,7 @@ int Run::run()
         if (!m_options.recordFile.isEmpty())
             m_recorder = std::make_unique<Recorder>(*driver, m_options.recordFile);
         keepHistory(*driver);
+        openBackground();
     }
     connect(static_cast<Application*>(qApp), &Application::exceptionCaught, this, &Run::onException);
     connect(&m_window, &MainWindow::closed, qApp, &QCoreApplication::quit);
@@ -200,7 +205,7 @@ int Run::run()
         this, [this] { startWork(); }, Qt::QueuedConnection);
     QCoreApplication::exec();
     saveFiles();
-    return m_exitCode;
+    return m_exitCode == Done && m_isBackgroundBad ? BadOptionsOrFiles : m_exitCode;
 }
 
 void Run::showTraces()
@@ -224,6 +229,20 @@ void Run::keepHistory(DfDriver& driver)
     connect(&driver, &DfDriver::measured, m_history.get(), &ResultHistory::keep);
     driver.setHistory(m_history.get());
     m_window.offerHistory(*m_history, driver);
+}
+
+void Run::openBackground()
+{
+    if (m_options.backgroundFile.isEmpty())
+        return;
+    MapBackground* const background = m_window.mapView()->background();
+    connect(background, &MapBackground::finished, this, [this](bool isShown, const QString& text) {
+        if (isShown)
+            return;
+        printError(text);
+        m_isBackgroundBad = true; // the work is done all the same, whenever this is found out
+    });
+    background->open(m_options.backgroundFile);
 }
 
 /// Whoever sits in front of the window sees what happened and decides; else there is no sense in waiting for a result.
@@ -299,8 +318,14 @@ void Run::printShot()
 
 void Run::endJob()
 {
+    // A picture shall have the background, and a bad file of it its exit code.
+    MapView* const map = m_window.mapView();
+    if (map != nullptr && !map->background()->isSettled()) {
+        connect(map->background(), &MapBackground::settled, this, &Run::endJob, Qt::UniqueConnection);
+        return;
+    }
     if (!m_options.screenshotFile.isEmpty()) {
-        if (const auto failure = saveScreenshot(m_window, m_options.screenshotFile))
+        if (const auto failure = saveScreenshot(m_window.grab().toImage(), m_options.screenshotFile))
             fail(BadOptionsOrFiles, *failure);
     }
     if (m_options.headless || !m_options.screenshotFile.isEmpty())

@@ -8,6 +8,8 @@
 #include "app/userinputcontrol.h"
 #include "app/valuetreeview.h"
 #include "drivers/dfsource.h"
+#include "filework/filework.h"
+#include "map/mapbackground.h"
 #include "map/mapview.h"
 
 #include "devicecontrol/guicentral.h"
@@ -57,6 +59,7 @@ QWidget* firstFocusWidget(QWidget* area)
 
 MainWindow::MainWindow(QWidget* parent)
     : QMainWindow(parent)
+    , m_files(new FileWork(this))
 {
     setObjectName(QStringLiteral("MainWindow"));
     setWindowTitle(tr("DF/Locate Workbench"));
@@ -145,10 +148,10 @@ void MainWindow::addToStatusBar(QLabel* label)
 
 void MainWindow::addFileMenu()
 {
-    QMenu* const menu = menuBar()->addMenu(tr("&File"));
-    menu->addAction(tr("&Save screenshot …"), this, &MainWindow::saveScreenshotAs, QKeySequence::Print);
-    menu->addSeparator();
-    menu->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence(QStringLiteral("Ctrl+Q")));
+    m_fileMenu = menuBar()->addMenu(tr("&File"));
+    m_fileMenu->addAction(tr("&Save screenshot …"), this, &MainWindow::saveScreenshotAs, QKeySequence::Print);
+    m_fileMenu->addSeparator();
+    m_fileMenu->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence(QStringLiteral("Ctrl+Q")));
 }
 
 void MainWindow::addEditMenu()
@@ -305,21 +308,35 @@ void MainWindow::addDeviceMenu(DfDriver& driver)
 
 void MainWindow::addMap(const DfDriver& driver)
 {
-    auto* const view = new MapView;
-    MapModel* const model = view->model();
+    m_mapView = new MapView;
+    MapModel* const model = m_mapView->model();
     model->setStations(driver.source().stations());
     connect(&driver, &DfDriver::resultPublished, model, [model, &driver](const DfResult& result) {
         model->setQualityThreshold(driver.settings().qualityThreshold);
         model->addResult(result);
     });
-    connect(view, &MapView::message, this, &MainWindow::showMessage);
+    connect(m_mapView, &MapView::message, this, &MainWindow::showMessage);
 
     auto* const dock = new QDockWidget(tr("Map"), this);
     dock->setObjectName(QStringLiteral("MapDock"));
-    dock->setWidget(view);
+    dock->setWidget(m_mapView);
     tabifyDockWidget(findChild<QDockWidget*>(QStringLiteral("ValueTreeDock")), dock);
     dock->raise();
     addDockEntry(dock, tr("&Map"));
+    addMapEntries();
+}
+
+void MainWindow::addMapEntries()
+{
+    auto* const open = new QAction(tr("Map &background …"), m_fileMenu);
+    connect(open, &QAction::triggered, m_mapView, &MapView::chooseBackground);
+    auto* const remove = new QAction(tr("&Remove map background"), m_fileMenu);
+    remove->setEnabled(false);
+    connect(remove, &QAction::triggered, m_mapView->background(), &MapBackground::remove);
+    connect(m_mapView->background(), &MapBackground::shownChanged, remove, &QAction::setEnabled);
+    QAction* const first = m_fileMenu->actions().first();
+    m_fileMenu->insertActions(first, {open, remove});
+    m_fileMenu->insertSeparator(first);
 }
 
 void MainWindow::offerParameterSets(Session& session, const QString& folder)
@@ -428,8 +445,10 @@ void MainWindow::saveScreenshotAs()
     dialog->setDefaultSuffix(QStringLiteral("png"));
     dialog->selectFile(QStringLiteral("dflocate-workbench.png"));
     connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& file) {
-        const auto failure = saveScreenshot(*this, file);
-        showMessage(failure ? *failure : tr("%1: the picture is saved.").arg(file));
+        m_files->run([file, picture = grab().toImage()] { return saveScreenshot(picture, file); },
+                     [this, file](const std::optional<QString>& failure) {
+                         showMessage(failure ? *failure : tr("%1: the picture is saved.").arg(file));
+                     });
     });
     dialog->open();
 }

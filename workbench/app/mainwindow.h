@@ -12,6 +12,8 @@ class QMenu;
 namespace workbench {
 
 class DfDriver;
+class FileWork;
+class MapView;
 class ResultHistory;
 class Session;
 class TraceView;
@@ -35,12 +37,14 @@ public:
     /// Adds a dock with the parameter set of the component of @p session and the named sets in @p folder. The session
     /// may end before the window.
     void offerParameterSets(Session& session, const QString& folder);
-    /// Adds a dock in which the bearings of @p history are chosen, and says in the status bar whether results are stored.
-    /// To be called after follow(). The history and the session may end before the window.
+    /// Adds a dock in which the bearings of @p history are chosen, and says in the status bar whether results are
+    /// stored. To be called after follow(). The history and the session may end before the window.
     void offerHistory(ResultHistory& history, const DfDriver& driver);
     /// Shows in place of the component why there is none; @p reason is a full sentence.
     void showComponentFailure(const QString& reason);
 
+    /// Null without a driver.
+    [[nodiscard]] MapView* mapView() const { return m_mapView; }
     [[nodiscard]] TraceView* traceView() const { return m_traceView; }
     [[nodiscard]] ValueTreeView* valueTreeView() const { return m_valueTreeView; }
 
@@ -67,6 +71,7 @@ private:
     void addInputModeMenu(Session& session);
     void addDeviceMenu(DfDriver& driver);
     void addMap(const DfDriver& driver);
+    void addMapEntries();
     void showHistoryState(const ResultHistory& history);
     void findValue();
     void addDockEntry(QDockWidget* dock, const QString& text);
@@ -79,6 +84,8 @@ private:
     [[nodiscard]] QWidget* textPanel(const QString& objectName, const QString& text) const;
 
     QUndoStack m_undoStack;
+    FileWork* m_files;
+    MapView* m_mapView = nullptr;
     QDockWidget* m_panelDock = nullptr;
     TraceView* m_traceView = nullptr;
     ValueTreeView* m_valueTreeView = nullptr;
@@ -86,6 +93,7 @@ private:
     QLabel* m_inputMode = nullptr;
     QLabel* m_lastResult = nullptr;
     QLabel* m_historyState = nullptr; // null without a history
+    QMenu* m_fileMenu = nullptr;
     QMenu* m_viewMenu = nullptr;
     QMenu* m_helpMenu = nullptr;
     QString m_toolBarObstacle; // why nothing can be done in the toolbar; empty: it can

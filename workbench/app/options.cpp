@@ -31,6 +31,7 @@ const QString screenshotName = QStringLiteral("screenshot");
 const QString jsonName = QStringLiteral("json");
 const QString recordName = QStringLiteral("record");
 const QString setName = QStringLiteral("set");
+const QString backgroundName = QStringLiteral("background");
 const QString parameterSetsName = QStringLiteral("parameter-sets");
 const QString historyName = QStringLiteral("history");
 const QString historyFromName = QStringLiteral("history-from");
@@ -72,6 +73,7 @@ void addOptions(QCommandLineParser& parser)
             "NAME is one of %1. VALUE is a number (Hz, ms, dBµV, percent) or the text of a choice.")
              .arg(settingNames().join(QStringLiteral(", "))),
          QStringLiteral("NAME=VALUE")});
+    add(backgroundName, "Show the coasts, borders and places of FILE (GeoJSON) behind the map.", "FILE");
     add(parameterSetsName, "Keep parameter sets in the folder DIR (default: the folder for the program's data).",
         "DIR");
     add(historyName,
@@ -280,6 +282,7 @@ Options readOptions(Reader& reader)
     options.componentFile = reader.file(componentName);
     options.screenshotFile = reader.pngFile(screenshotName);
     options.recordFile = reader.file(recordName);
+    options.backgroundFile = reader.file(backgroundName);
     options.parameterSetFolder = reader.folder(parameterSetsName);
     options.historyFile = reader.file(historyName);
     options.historyChoice = readHistoryChoice(reader);
@@ -297,8 +300,8 @@ void checkConflicts(Reader& reader)
     reader.excludes(scenarioName, {recordingName});
     reader.excludes(seedName, {recordingName});
     reader.excludes(shotsName, {cyclicName});
-    reader.excludes(offlineName,
-                    {shotsName, cyclicName, scenarioName, recordingName, seedName, recordName, historyName});
+    reader.excludes(offlineName, {shotsName, cyclicName, scenarioName, recordingName, seedName, recordName, historyName,
+                                  backgroundName});
     for (const QString& name : {frequencyName, levelName, qualityName, sigmaName, timeName})
         reader.needs(name, recordingName);
     for (const QString& name : {historyFromName, historyToName, historyFrequencyName, historyToleranceName})

@@ -29,6 +29,7 @@ struct Options
     QString componentFile;      ///< empty: the component that comes with the program
     QString screenshotFile;     ///< empty: none
     QString recordFile;         ///< empty: results are not recorded
+    QString backgroundFile;     ///< GeoJSON behind the map; empty: none
     QString parameterSetFolder; ///< empty: the folder for the program's data
     QString historyFile;        ///< empty: the one in the folder for the program's data; without a window none
 

@@ -1,19 +1,18 @@
 #include "app/screenshot.h"
 
 #include <QCoreApplication>
-#include <QPixmap>
 #include <QSaveFile>
-#include <QWidget>
 
 namespace workbench {
 
-std::optional<QString> saveScreenshot(QWidget& window, const QString& file)
+std::optional<QString> saveScreenshot(const QImage& picture, const QString& file)
 {
-    QSaveFile picture(file);
-    if (picture.open(QIODevice::WriteOnly) && window.grab().save(&picture, "PNG") && picture.commit())
+    QSaveFile target(file);
+    // Flushed first: what commit() itself cannot write on a full disk it leaves out, and puts the rest in place.
+    if (target.open(QIODevice::WriteOnly) && picture.save(&target, "PNG") && target.flush() && target.commit())
         return std::nullopt;
     return QCoreApplication::translate("workbench", "%1: the picture cannot be written: %2.")
-        .arg(file, picture.errorString());
+        .arg(file, target.errorString());
 }
 
 } // namespace workbench

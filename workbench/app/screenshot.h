@@ -1,15 +1,14 @@
 #pragma once
 
+#include <QImage>
 #include <QString>
 
 #include <optional>
 
-class QWidget;
-
 namespace workbench {
 
-/// Saves a picture of @p window as the PNG file @p file, whole or not at all. The reason as a full sentence when that
-/// fails.
-[[nodiscard]] std::optional<QString> saveScreenshot(QWidget& window, const QString& file);
+/// Saves @p picture as the PNG file @p file, whole or not at all. The reason as a full sentence when that fails. Any
+/// thread.
+[[nodiscard]] std::optional<QString> saveScreenshot(const QImage& picture, const QString& file);
 
 } // namespace workbench

@@ -46,6 +46,15 @@ std::variant<QByteArray, QString> readBytes(const QString& name, const GeoJsonPr
     return bytes;
 }
 
+QString omissionText(const GeoJson& content)
+{
+    QStringList reasons = content.omissions;
+    if (content.omitted > reasons.size())
+        reasons += QStringLiteral("…");
+    return MapBackground::tr("Left out: %1").arg(content.omitted) + QStringLiteral(" (") +
+           reasons.join(QStringLiteral("; ")) + QStringLiteral(").");
+}
+
 bool isSamePlane(const MapProjection& a, const MapProjection& b)
 {
     return a.centre().latitude == b.centre().latitude && a.centre().longitude == b.centre().longitude;
@@ -120,8 +129,7 @@ void MapBackground::open(const QString& file)
         }
         auto& geoJson = std::get<GeoJson>(content);
         if (geoJson.omitted > 0)
-            outcome.remark = MapBackground::tr("%1 features are left out: ").arg(geoJson.omitted) +
-                             geoJson.omissions.join(QStringLiteral("; "));
+            outcome.remark = omissionText(geoJson);
         outcome.shapes = std::make_shared<const std::vector<GeoShape>>(std::move(geoJson.shapes));
         if (auto plane = onPlane(*outcome.shapes, projection, task->goesOn(60, 100)))
             outcome.plane = std::make_shared<const std::vector<PlaneShape>>(*std::move(plane));
@@ -137,6 +145,7 @@ void MapBackground::take(const QString& file, const std::shared_ptr<Task>& task,
     endReading();
     if (!outcome.shapes) {
         emit finished(false, sentence(file, outcome.reason));
+        tellWhenSettled();
         return;
     }
     if (m_projecting)
@@ -150,10 +159,11 @@ void MapBackground::take(const QString& file, const std::shared_ptr<Task>& task,
     if (!wasShown)
         emit shownChanged(true);
     // Concatenated: a file's name and content may hold what looks like a place marker.
-    QString text = file + tr(": shown as background (%1 shapes).").arg(m_shapes->size());
+    QString text = file + tr(": shown as background (shapes: %1).").arg(m_shapes->size());
     if (!outcome.remark.isEmpty())
-        text += QLatin1Char(' ') + outcome.remark + QLatin1Char('.');
+        text += QLatin1Char(' ') + outcome.remark;
     emit finished(true, text);
+    tellWhenSettled();
 }
 
 void MapBackground::putOnPlane()
@@ -172,6 +182,7 @@ void MapBackground::putOnPlane()
             return;
         m_projecting = nullptr;
         m_scene.setBackground(*plane);
+        tellWhenSettled();
     });
 }
 
@@ -181,6 +192,13 @@ void MapBackground::cancel()
         return;
     m_reading->isCancelled = true;
     endReading();
+    tellWhenSettled();
+}
+
+void MapBackground::tellWhenSettled()
+{
+    if (isSettled())
+        emit settled();
 }
 
 void MapBackground::endReading()

@@ -23,6 +23,8 @@ public:
     ~MapBackground() override;
 
     [[nodiscard]] bool isReading() const { return m_reading != nullptr; }
+    /// Whether nothing is read and nothing is put on another plane.
+    [[nodiscard]] bool isSettled() const { return !m_reading && !m_projecting; }
     [[nodiscard]] bool isShown() const { return m_shapes != nullptr; }
 
 public slots:
@@ -41,6 +43,7 @@ signals:
     /// The file that was opened is shown, or why it is not: a sentence for people. Not for a file that was given up.
     void finished(bool isShown, const QString& text);
     void shownChanged(bool isShown);
+    void settled();
 
 private:
     struct Task;
@@ -50,6 +53,7 @@ private:
 
     void putOnPlane();
     void endReading();
+    void tellWhenSettled();
 
     MapScene& m_scene;
     FileWork* m_files;

@@ -8,6 +8,7 @@
 #include "app/valuetreemodel.h"
 #include "app/valuetreeview.h"
 #include "fakesource.h"
+#include "map/mapbackground.h"
 #include "map/mapview.h"
 
 #include "devicecontrol/guicentral.h"
@@ -18,6 +19,7 @@
 #include "valuewidgets/undorecordingcontrolbase.h"
 
 #include <QDockWidget>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
@@ -92,6 +94,7 @@ private slots:
     void offlineThereAreNoDevices();
     void theMapShowsTheStationsAndTheResultsOfTheDriver();
     void theMapUsesTheQualityThresholdOfTheDriver();
+    void aMapBackgroundIsOpenedAndRemovedFromTheMenu();
     void offlineThereIsNoMap();
     void aValueIsFoundBehindTheMap();
     void theParameterSetsHaveADock();
@@ -310,6 +313,33 @@ void TestMainWindow::theMapUsesTheQualityThresholdOfTheDriver()
     QCOMPARE(model->qualityThreshold(), session.driver()->settings().qualityThreshold);
 }
 
+void TestMainWindow::aMapBackgroundIsOpenedAndRemovedFromTheMenu()
+{
+    const FreshTree tree;
+    MainWindow window;
+    Session session(std::make_unique<FakeSource>());
+    window.follow(session);
+    showActive(window);
+    const QTemporaryDir folder;
+    QFile file(folder.filePath("coast.geojson"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("{\"type\": \"LineString\", \"coordinates\": [[-10, 40], [20, 60]]}");
+    file.close();
+    QAction* const remove = action(window, "&Remove map background");
+    QVERIFY(!remove->isEnabled());
+    action(window, "Map &background …")->trigger();
+    auto* const dialog = window.findChild<QFileDialog*>("MapBackgroundDialog");
+    QVERIFY(dialog != nullptr);
+    emit dialog->fileSelected(file.fileName());
+    dialog->close();
+    QTRY_COMPARE(window.statusBar()->currentMessage(), file.fileName() + ": shown as background (shapes: 1).");
+    QVERIFY(window.mapView()->background()->isShown());
+    QVERIFY(remove->isEnabled());
+    remove->trigger();
+    QVERIFY(!window.mapView()->background()->isShown());
+    QVERIFY(!remove->isEnabled());
+}
+
 void TestMainWindow::offlineThereIsNoMap()
 {
     const FreshTree tree;
@@ -524,7 +554,7 @@ void TestMainWindow::aScreenshotIsAPictureOfTheWindow()
     showActive(window);
     QTemporaryDir folder;
     const QString file = folder.filePath("window.png");
-    const auto failure = workbench::saveScreenshot(window, file);
+    const auto failure = workbench::saveScreenshot(window.grab().toImage(), file);
     QVERIFY(!failure);
     QCOMPARE(QImage(file).size(), window.size() * window.devicePixelRatioF());
 }
@@ -535,7 +565,7 @@ void TestMainWindow::aScreenshotThatCannotBeWrittenIsSaid()
     MainWindow window;
     QTemporaryDir folder;
     const QString file = folder.filePath("missing/window.png");
-    const auto failure = workbench::saveScreenshot(window, file);
+    const auto failure = workbench::saveScreenshot(window.grab().toImage(), file);
     QVERIFY(failure);
     QVERIFY2(failure->startsWith(file + ": the picture cannot be written: "), qPrintable(*failure));
     QVERIFY(!QFile::exists(file));

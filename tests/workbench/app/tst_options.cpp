@@ -54,7 +54,7 @@ void TestOptions::withoutArgumentsEverythingHasItsDefault()
     QVERIFY(options.settings.empty());
     QCOMPARE(options.seed, quint64(1));
     QCOMPARE(options.scenarioFile + options.recordingFile + options.componentFile + options.screenshotFile +
-                 options.recordFile + options.parameterSetFolder + options.historyFile,
+                 options.recordFile + options.parameterSetFolder + options.historyFile + options.backgroundFile,
              QString());
     QVERIFY(options.historyChoice == HistoryChoice());
     QVERIFY(!options.recordedDefaults.frequency && !options.recordedDefaults.level &&
@@ -84,8 +84,9 @@ void TestOptions::everyNumberIsRead()
 
 void TestOptions::everyFileIsRead()
 {
-    CommandLine line = read({"--scenario", "a b.json", "--component", "lib.so", "--screenshot", "s.PNG", "--record",
-                             "r.csv", "--parameter-sets", "my sets", "--history", "h.sqlite"});
+    CommandLine line =
+        read({"--scenario", "a b.json", "--component", "lib.so", "--screenshot", "s.PNG", "--record", "r.csv",
+              "--parameter-sets", "my sets", "--history", "h.sqlite", "--background", "b.geojson"});
     QCOMPARE(line.errors, QStringList());
     QCOMPARE(line.options.scenarioFile, QStringLiteral("a b.json"));
     QCOMPARE(line.options.componentFile, QStringLiteral("lib.so"));
@@ -93,6 +94,7 @@ void TestOptions::everyFileIsRead()
     QCOMPARE(line.options.recordFile, QStringLiteral("r.csv"));
     QCOMPARE(line.options.parameterSetFolder, QStringLiteral("my sets"));
     QCOMPARE(line.options.historyFile, QStringLiteral("h.sqlite"));
+    QCOMPARE(line.options.backgroundFile, QStringLiteral("b.geojson"));
     line = read({"--recording", "b.csv"});
     QCOMPARE(line.options.recordingFile, QStringLiteral("b.csv"));
 }
@@ -247,6 +249,7 @@ void TestOptions::optionsThatExcludeEachOtherAreRefused_data()
     row("offline and seed", {"--offline", "--seed=1"}, "offline", "seed");
     row("offline and record", {"--offline", "--record=a"}, "offline", "record");
     row("offline and history", {"--offline", "--history=a"}, "offline", "history");
+    row("offline and background", {"--offline", "--background=a"}, "offline", "background");
 }
 
 void TestOptions::optionsThatExcludeEachOtherAreRefused()
@@ -318,11 +321,26 @@ void TestOptions::helpNamesEveryOption()
     const CommandLine line = read({"--help"});
     QCOMPARE(line.errors, QStringList());
     QVERIFY(line.informationText.startsWith("Usage: "));
-    for (const char* const option :
-         {"--headless", "--shots <N>", "--cyclic <SECONDS>", "--scenario <FILE>", "--recording <FILE>",
-          "--component <LIB>", "--offline", "--seed <N>", "--trace", "--screenshot <FILE.png>", "--json",
-          "--record <FILE>", "--frequency <HZ>", "--level <DBUV>", "--quality <PERCENT>", "--sigma <DEGREES>",
-          "--time <HH:MM:SS>", "--help", "--version"})
+    for (const char* const option : {"--headless",
+                                     "--shots <N>",
+                                     "--cyclic <SECONDS>",
+                                     "--scenario <FILE>",
+                                     "--recording <FILE>",
+                                     "--component <LIB>",
+                                     "--offline",
+                                     "--seed <N>",
+                                     "--trace",
+                                     "--screenshot <FILE.png>",
+                                     "--json",
+                                     "--record <FILE>",
+                                     "--background <FILE>",
+                                     "--frequency <HZ>",
+                                     "--level <DBUV>",
+                                     "--quality <PERCENT>",
+                                     "--sigma <DEGREES>",
+                                     "--time <HH:MM:SS>",
+                                     "--help",
+                                     "--version"})
         QVERIFY2(line.informationText.contains(QLatin1String(option)), option);
 }
 

@@ -124,6 +124,8 @@ private slots:
 
     void aScreenshotIsSavedHeadlessAndInAWindow();
     void aScreenshotIsTakenAfterTheShots();
+    void aScreenshotShowsTheBackgroundOfTheMap();
+    void aBadBackgroundIsToldAndEndsWithTwo();
     void aScreenshotThatCannotBeWrittenEndsWithTwo();
 
 private:
@@ -781,6 +783,31 @@ void TestProgram::aScreenshotIsTakenAfterTheShots()
     QCOMPARE(run({"--screenshot", after, "--shots", "1"}).exitCode, 0);
     QVERIFY(!QImage(after).isNull());
     QVERIFY(QImage(before) != QImage(after));
+}
+
+void TestProgram::aScreenshotShowsTheBackgroundOfTheMap()
+{
+    const QString coast = m_folder.filePath("coast.geojson");
+    QFile file(coast);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("{\"type\": \"LineString\", \"coordinates\": [[-10, 40], [20, 60]]}");
+    file.close();
+    const QString without = m_folder.filePath("without.png");
+    const QString with = m_folder.filePath("with.png");
+    QCOMPARE(run({"--screenshot", without}).exitCode, 0);
+    const Outcome outcome = run({"--screenshot", with, "--background", coast});
+    QCOMPARE(outcome.exitCode, 0);
+    QVERIFY(!QImage(with).isNull());
+    QVERIFY(QImage(with) != QImage(without));
+}
+
+void TestProgram::aBadBackgroundIsToldAndEndsWithTwo()
+{
+    const QString missing = m_folder.filePath("missing.geojson");
+    const Outcome outcome = run({"--headless", "--background", missing});
+    QCOMPARE(outcome.exitCode, 2);
+    QCOMPARE(outcome.errors, missing + ": the background cannot be shown: No such file or directory.\n");
+    QVERIFY(outcome.output.startsWith("Result 1\n")); // the work is done all the same
 }
 
 void TestProgram::aScreenshotThatCannotBeWrittenEndsWithTwo()

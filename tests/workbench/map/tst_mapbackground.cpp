@@ -112,7 +112,7 @@ private slots:
         Bench bench;
         const QImage before = bench.picture();
         const QString file = bench.write("a %1.geojson", collection({river, region, town}));
-        QCOMPARE(bench.opened(file), file + QStringLiteral(": shown as background (3 shapes)."));
+        QCOMPARE(bench.opened(file), file + QStringLiteral(": shown as background (shapes: 3)."));
         QCOMPARE(bench.names(), QStringList({"Mosel", "Eifel", "Trier"}));
         const QPointF expected = bench.view.scene()->projection().toMap({49.75, 6.64});
         QVERIFY(QLineF(bench.shapes()[2].points[0], expected).length() < 1e-3);
@@ -142,7 +142,7 @@ private slots:
         QFETCH(QByteArray, content);
         QFETCH(QString, reason);
         Bench bench;
-        QVERIFY(bench.opened(bench.write("good", collection({river}))).contains("(1 shapes)"));
+        QVERIFY(bench.opened(bench.write("good", collection({river}))).contains("(shapes: 1)"));
         const QString file = bench.write("bad", content);
         QCOMPARE(bench.opened(file), file + QStringLiteral(": the background cannot be shown: ") + reason + '.');
         QCOMPARE(bench.names(), QStringList("Mosel"));
@@ -168,9 +168,9 @@ private slots:
         Bench bench;
         const QString file = bench.write("half", collection({river, bad}));
         QCOMPARE(bench.opened(file),
-                 file + QStringLiteral(": shown as background (1 shapes). 1 features are left out: "
+                 file + QStringLiteral(": shown as background (shapes: 1). Left out: 1 ("
                                        "features[1].geometry.coordinates[0]: expected a longitude from -360 to 360, "
-                                       "found 400."));
+                                       "found 400)."));
         QCOMPARE(bench.names(), QStringList("Mosel"));
     }
 
@@ -224,7 +224,7 @@ private slots:
         QVERIFY(bench.readingBar()->isVisible());
         disk.release();
         QTRY_COMPARE(messages.count(), 1);
-        QCOMPARE(messages[0][0].toString(), last + QStringLiteral(": shown as background (1 shapes)."));
+        QCOMPARE(messages[0][0].toString(), last + QStringLiteral(": shown as background (shapes: 1)."));
         QCOMPARE(bench.names(), QStringList("Trier"));
         QVERIFY(!bench.readingBar()->isVisible());
     }
@@ -237,7 +237,7 @@ private slots:
             features += river;
         const QString file = bench.write("long", collection(features));
         QSignalSpy progress(&bench.background(), &MapBackground::progressed);
-        QVERIFY(bench.opened(file).contains("(60000 shapes)"));
+        QVERIFY(bench.opened(file).contains("(shapes: 60000)"));
         QVERIFY(!progress.isEmpty());
         int before = 0;
         for (const auto& each : progress) {
