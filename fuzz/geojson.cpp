@@ -2,6 +2,7 @@
 
 #include "map/geojson.h"
 #include "fuzz/fuzzing.h"
+#include "fuzz/jsonleaks.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -100,6 +101,7 @@ void requireSame(const GeoShape& a, const GeoShape& b)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QByteArray text = fuzzing::bytes(data, size);
+    const fuzzing::JsonLeaks leaks(text);
     const std::variant<GeoJson, QString> read = parseGeoJson(text);
     if (const QString* const reason = std::get_if<QString>(&read)) {
         FUZZ_REQUIRE(!reason->isEmpty() && !reason->endsWith(QLatin1Char('.')));

@@ -6,6 +6,7 @@
 #include "drivers/recordingwriter.h"
 #include "drivers/simulatednetwork.h"
 #include "fuzz/fuzzing.h"
+#include "fuzz/jsonleaks.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>
@@ -187,6 +188,7 @@ void requireRecordable(const Scenario& scenario)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QByteArray json = fuzzing::bytes(data, size);
+    const fuzzing::JsonLeaks leaks(json);
     const Loaded<Scenario> loaded = load(json, QStringLiteral("in"));
     requireLines(loaded.errors, json);
     requireSameInOtherLayout(json, loaded);
