@@ -56,7 +56,9 @@ QString foundText(const HistoryFix& fix)
 {
     if (const auto* const reason = std::get_if<QString>(&fix.located))
         return *reason;
-    const QString text = HistoryView::tr("Position from %1 bearings of %2 results.").arg(fix.bearings).arg(fix.results);
+    const QString text = HistoryView::tr("Position computed. Stored results: %1, usable bearings: %2.")
+                             .arg(fix.results)
+                             .arg(fix.bearings);
     return fix.isComplete ? text : text + HistoryView::tr(" There are more results; these are the newest.");
 }
 

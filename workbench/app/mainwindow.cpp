@@ -360,7 +360,7 @@ void MainWindow::offerHistory(ResultHistory& history, const DfDriver& driver)
     dock->setWidget(view);
     tabifyDockWidget(findChild<QDockWidget*>(QStringLiteral("TraceDock")), dock);
     findChild<QDockWidget*>(QStringLiteral("TraceDock"))->raise();
-    addDockEntry(dock, tr("Hi&story"));
+    addDockEntry(dock, tr("&History"));
 
     m_historyState = new QLabel;
     m_historyState->setObjectName(QStringLiteral("HistorySummary"));

@@ -270,8 +270,9 @@ QJsonValue fixJson(const ShotReport& shot)
 
 QString historyText(const HistoryFix& history)
 {
-    const QString text = tr("%1 results, %2 usable bearings").arg(history.results).arg(history.bearings);
-    return history.isComplete ? text : text + tr("; the newest of more");
+    const QString results = QString::number(history.results);
+    const QString usable = tr("usable bearings: %1").arg(history.bearings);
+    return (history.isComplete ? results : tr("%1 (the newest of more)").arg(results)) + QLatin1String(", ") + usable;
 }
 
 QJsonValue historyJson(const std::optional<HistoryFix>& history)

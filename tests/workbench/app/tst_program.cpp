@@ -582,8 +582,8 @@ void TestProgram::theTableTellsOfStoredResults()
     const Outcome outcome =
         run({"--headless", "--history", m_folder.filePath("table.sqlite"), "--shots", "2", "--set", "Type=History"});
     QVERIFY2(outcome.exitCode == 0, qPrintable(outcome.errors));
-    QVERIFY2(outcome.output.contains("  Stored results        1 results, "), qPrintable(outcome.output));
-    QVERIFY2(outcome.output.contains("  Stored results        2 results, "), qPrintable(outcome.output));
+    QVERIFY2(outcome.output.contains("  Stored results        1, usable bearings: "), qPrintable(outcome.output));
+    QVERIFY2(outcome.output.contains("  Stored results        2, usable bearings: "), qPrintable(outcome.output));
 }
 
 void TestProgram::withoutAHistoryThereIsNoPositionFromOne()

@@ -90,6 +90,7 @@ private slots:
     void jsonHasNumbersAsNumbersAndMissingThingsAsNull();
     void jsonTellsTheErrorOfAFix();
     void jsonTellsWhyThereIsNoFix();
+    void storedResultsAreToldOf();
     void aFixThatTheValuesDoNotShowIsNone();
     void jsonOfNothingIsAllNull();
 };
@@ -280,7 +281,7 @@ void TestShotReport::jsonHasNumbersAsNumbersAndMissingThingsAsNull()
             "resultTime": "2024-05-06 07:08:09", "frequency": 98500000, "qualityThreshold": 30,
             "fix": { "latitude": 48.3, "longitude": 11.25, "ellipse": null, "chiSquare": null,
                      "degreesOfFreedom": null },
-            "noFix": null,
+            "noFix": null, "history": null,
             "stations": [
               { "key": 4, "name": "North Hill", "azimuth": 278.4, "quality": 87, "level": 34.1, "error": null,
                 "latitude": 48.25, "longitude": -11.5 },
@@ -321,6 +322,23 @@ void TestShotReport::jsonTellsWhyThereIsNoFix()
     QCOMPARE(json.value("noFix").toString(), QStringLiteral("No fix: fog."));
 }
 
+void TestShotReport::storedResultsAreToldOf()
+{
+    ShotReport shot;
+    shot.located = QStringLiteral("No fix: fog.");
+    shot.history = workbench::HistoryFix{*shot.located, 12, 48, true};
+    QVERIFY(workbench::shotTable(1, shot).contains(
+        QStringLiteral("  Fix                   No fix: fog.\n  Stored results        12, usable bearings: 48\n\n")));
+    QJsonObject history = workbench::shotJson(1, shot).value("history").toObject();
+    QCOMPARE(history, (QJsonObject{{"results", 12}, {"bearings", 48}, {"complete", true}}));
+
+    shot.history->isComplete = false;
+    QVERIFY(workbench::shotTable(1, shot).contains(
+        QStringLiteral("  Stored results        12 (the newest of more), usable bearings: 48\n")));
+    history = workbench::shotJson(1, shot).value("history").toObject();
+    QCOMPARE(history.value("complete"), QJsonValue(false));
+}
+
 void TestShotReport::aFixThatTheValuesDoNotShowIsNone()
 {
     ShotReport shot;
@@ -337,7 +355,7 @@ void TestShotReport::jsonOfNothingIsAllNull()
         "widgets": { "directionFinder": null, "averageBearing": null, "averageQuality": null,
                      "locationFindingTime": null },
         "resultTime": null, "frequency": null, "qualityThreshold": null, "fix": null, "noFix": null,
-        "stations": [] })")
+        "history": null, "stations": [] })")
                                      .object();
     QVERIFY(!expected.isEmpty());
     QCOMPARE(workbench::shotJson(1, {}), expected);
