@@ -65,7 +65,7 @@ QJsonObject areaGeometry(const std::vector<Line>& parts)
 {
     QJsonArray polygons;
     for (const Line& part : parts)
-        polygons += QJsonArray{coordinates(part)};
+        polygons += QJsonArray{QJsonValue(coordinates(part))}; // of an array alone some compilers make a copy
     if (parts.size() == 1)
         return {{QStringLiteral("type"), QStringLiteral("Polygon")}, {QStringLiteral("coordinates"), polygons.first()}};
     return {{QStringLiteral("type"), QStringLiteral("MultiPolygon")}, {QStringLiteral("coordinates"), polygons}};
