@@ -62,7 +62,7 @@ QJsonObject geometry(const GeoShape& shape)
             parts += coordinates(part);
             break;
         case GeoShape::Kind::Area:
-            parts += QJsonArray{coordinates(part)};
+            parts += QJsonArray{QJsonValue(coordinates(part))};
         }
     }
     const QString type = shape.kind == GeoShape::Kind::Points  ? QStringLiteral("MultiPoint")
