@@ -10,6 +10,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTableWidget>
 #include <QTimer>
@@ -20,6 +21,7 @@
 #include <memory>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 using testsupport::DriverValues;
 using testsupport::RecordingObserver;
@@ -98,6 +100,16 @@ struct Window : DFDetailedResults
     {
         const QTableWidgetItem* const item = m_pTable->item(row, column);
         return item != nullptr ? item->text() : QString();
+    }
+    /// Where the texts of all cells stand in memory: a text that is written stands elsewhere.
+    [[nodiscard]] std::vector<const QChar*> characters() const
+    {
+        std::vector<const QChar*> places;
+        for (int row = 0; row < m_pTable->rowCount(); ++row) {
+            for (int column = 0; column < m_pTable->columnCount(); ++column)
+                places.push_back(cell(row, column).constData());
+        }
+        return places;
     }
     [[nodiscard]] Rows rows() const
     {
@@ -290,6 +302,9 @@ private slots:
     void refreshTakesOverTheRowCount();
     void aThousandStationsAreShown();
     void onlyCellsWithAnotherTextAreWritten();
+    void theTableIsToldOnceOfAllThatChanged();
+    void aTableThatIsShownPaintsWhatChanged();
+    void aWindowThatSawOtherResultsShowsTheSameAsANewOne();
     void cellsAreKeptAndTheirTextReplaced();
     void withoutATableRefreshDoesNothing();
     void anExceptionIsTracedAndGoesNoFurther();
@@ -1003,19 +1018,90 @@ void TestDFDetailedResults::onlyCellsWithAnotherTextAreWritten()
 {
     const Driver driver;
     Window window;
-    QSignalSpy written(window.m_pTable->model(), &QAbstractItemModel::dataChanged);
+    const std::vector<const QChar*> before = window.characters();
     driver.announce();
     window.Refresh();
-    QCOMPARE(written.count(), 0);
+    QCOMPARE(window.characters(), before);
     setNorth(driver.azimuth, "99.0");
     driver.errors->AddItem("-17", 0.0, DriverValues::South);
     driver.resultTime->SetValue("2026-01-15 11:00:05", nullptr);
-    QCOMPARE(written.count(), 2);
-    QCOMPARE(written.at(0).at(0).toModelIndex(), window.m_pTable->model()->index(0, Azimuth));
-    QCOMPARE(written.at(1).at(0).toModelIndex(), window.m_pTable->model()->index(1, Error));
+    const std::vector<const QChar*> after = window.characters();
+    for (std::size_t cell = 0; cell < after.size(); ++cell)
+        QCOMPARE(after[cell] != before[cell], cell == Azimuth || cell == 8 + Error);
+}
+
+void TestDFDetailedResults::theTableIsToldOnceOfAllThatChanged()
+{
+    const Driver driver;
+    Window window;
+    QSignalSpy told(window.m_pTable->model(), &QAbstractItemModel::dataChanged);
+    const auto cells = [&](int top, int left, int bottom, int right) {
+        const QAbstractItemModel* const model = window.m_pTable->model();
+        return QPair<QModelIndex, QModelIndex>(model->index(top, left), model->index(bottom, right));
+    };
+    const auto lastTold = [&] {
+        return QPair<QModelIndex, QModelIndex>(told.last().at(0).toModelIndex(), told.last().at(1).toModelIndex());
+    };
+    driver.announce();
+    window.Refresh();
+    QCOMPARE(told.count(), 0);
+    setNorth(driver.azimuth, "99.0");
+    driver.announce();
+    QCOMPARE(told.count(), 1);
+    QCOMPARE(lastTold(), cells(0, Azimuth, 0, Azimuth));
+    setNorth(driver.azimuth, "98.0");
+    driver.errors->AddItem("-17", 0.0, DriverValues::South);
+    driver.announce();
+    QCOMPARE(told.count(), 2);
+    QCOMPARE(lastTold(), cells(0, Azimuth, 1, Error));
     driver.selectedDf->AddItem("West", 0.0, 9);
     window.Refresh();
-    QCOMPARE(written.count(), 2 + 8);
+    QCOMPARE(told.count(), 3);
+    QCOMPARE(lastTold(), cells(2, Name, 2, Error));
+}
+
+void TestDFDetailedResults::aTableThatIsShownPaintsWhatChanged()
+{
+    const Driver driver;
+    Window window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    const QImage before = window.m_pTable->viewport()->grab().toImage();
+    setNorth(driver.azimuth, "99.0");
+    QSignalSpy told(window.m_pTable->model(), &QAbstractItemModel::dataChanged);
+    driver.announce();
+    QCOMPARE(told.count(), 1);
+    QVERIFY(window.m_pTable->viewport()->grab().toImage() != before);
+}
+
+/// Any sequence of results, against a window made for the last one alone.
+void TestDFDetailedResults::aWindowThatSawOtherResultsShowsTheSameAsANewOne()
+{
+    QRandomGenerator random(11);
+    const Driver driver;
+    Window window;
+    const auto anyOf = [&random](const QStringList& texts) { return texts.at(random.bounded(texts.size())); };
+    const QStringList numbers{"",       "0",   "8.5", "-12.25", "190", "370", "1,5",
+                              "aboard", "012", "80",  "49",     "50",  "-14", "5"};
+    const std::vector<values::ValueSelection*> selections{driver.azimuth,   driver.quality,  driver.level,
+                                                          driver.longitude, driver.latitude, driver.errors};
+    for (int turn = 0; turn < 300; ++turn) {
+        for (values::ValueSelection* const selection : selections) {
+            if (random.bounded(4) == 0)
+                selection->DeleteItem(random.bounded(2) == 0 ? DriverValues::North : DriverValues::South);
+            if (random.bounded(2) == 0)
+                selection->AddItem(anyOf(numbers), 0.0, DriverValues::North);
+            if (random.bounded(2) == 0)
+                selection->AddItem(anyOf(numbers), 0.0, DriverValues::South);
+        }
+        driver.frequency->SetValue(anyOf({"433920000", "433920000", "0", "", "1e6"}), nullptr);
+        driver.resultTime->SetValue(anyOf({"2026-01-15 11:00:00", "2026-01-15 11:00:05", "", "soon"}), nullptr);
+        window.Refresh();
+        const Window another;
+        QCOMPARE(window.rows(), another.rows());
+        QCOMPARE(window.time(), another.time());
+        QCOMPARE(window.locateType(), another.locateType());
+    }
 }
 
 void TestDFDetailedResults::cellsAreKeptAndTheirTextReplaced()

@@ -1,7 +1,11 @@
 #include "resultformats.h"
 
 #include "support/testmain.h"
+
+#include <QRandomGenerator>
+
 #include "valueframework/valueclasses/valueselection.h"
+#include <cmath>
 
 #include <limits>
 
@@ -31,6 +35,7 @@ private slots:
     void aCoordinateTextIsANumberOrStandsAsItIs();
     void numbersDoNotFollowTheLocale();
     void aUnitFollowsTheTextDirectly();
+    void minutesAreRoundedAsNumbersAre();
 };
 
 void TestResultFormats::aFrequencyHasTheUnitOfItsSize_data()
@@ -189,6 +194,27 @@ void TestResultFormats::aUnitFollowsTheTextDirectly()
     const values::SelectionItem empty(QString(), 0.0, 1);
     QCOMPARE(textWithUnit(&empty, QStringLiteral("%")), QStringLiteral("%"));
     QCOMPARE(textWithUnit(nullptr, QStringLiteral("%")), QStringLiteral("---"));
+}
+
+void TestResultFormats::minutesAreRoundedAsNumbersAre()
+{
+    const auto written = [](double degrees) {
+        double whole = 0.0;
+        const double minutes = std::abs(std::modf(degrees, &whole)) * 60.0;
+        return QStringLiteral("%1°%2'").arg(whole, 0, 'f', 0).arg(minutes, 0, 'f', 3);
+    };
+    QRandomGenerator random(5);
+    for (int i = 0; i < 20000; ++i) {
+        const double degrees = random.generateDouble() * 358.0 - 179.0;
+        QCOMPARE(coordinateText(degrees), written(degrees));
+        // In the middle between two thousandths, and beside it.
+        const double middle = random.bounded(60000) + 0.5;
+        for (const double thousandths :
+             {middle, std::nextafter(middle, 0.0), std::nextafter(middle, 1e6), middle - 0.5}) {
+            const double between = random.bounded(-179, 180) + thousandths / 60000.0;
+            QCOMPARE(coordinateText(between), written(between));
+        }
+    }
 }
 
 DFL_TEST_MAIN_WITH(TestResultFormats, QCoreApplication)

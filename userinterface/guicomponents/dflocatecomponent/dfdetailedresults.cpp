@@ -1,8 +1,10 @@
 #include "dfdetailedresults.h"
 
+#include "columnfitter.h"
 #include "entryguard.h"
 #include "errortext.h"
 #include "hostcodes.h"
+#include "resultcell.h"
 #include "resultformats.h"
 #include "resultnames.h"
 #include "valuetools.h"
@@ -14,6 +16,8 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QKeySequence>
+#include <QScopeGuard>
+#include <QSignalBlocker>
 #include <QTableWidget>
 
 #include <algorithm>
@@ -27,22 +31,34 @@ constexpr int nameColumnWidth = 80;
 // Not a literal QString: the host may keep traces for longer than this library is loaded.
 const QLatin1String sourceFile("userinterface/guicomponents/dflocatecomponent/dfdetailedresults");
 
-/// The item of the station with @p key; null without a selection or such an item.
-const values::SelectionItem* itemOf(const values::ValueSelection* selection, int key)
+/// The item of the station with @p key; null without a selection or such an item. It most often stands at the same
+/// @p index as the station itself.
+const values::SelectionItem* itemOf(const values::ValueSelection* selection, int key, int index)
 {
-    const int index = selection != nullptr ? selection->GetItemIndex(key) : -1;
-    return index >= 0 ? selection->GetItem(index) : nullptr;
+    if (selection == nullptr)
+        return nullptr;
+    const values::SelectionItem* const item = selection->GetItem(index);
+    if (item != nullptr && item->GetKey() == key)
+        return item;
+    const int otherIndex = selection->GetItemIndex(key);
+    return otherIndex >= 0 ? selection->GetItem(otherIndex) : nullptr;
 }
 
 /// The whole number that an item's text is; 0 without an item and for any other text.
 int numberOf(const values::SelectionItem* item)
 {
-    return item != nullptr ? item->GetName().toInt() : 0;
-}
-
-QString coordinateOf(const values::SelectionItem* item)
-{
-    return item != nullptr ? coordinateText(item->GetName()) : QString(nothingToShow);
+    if (item == nullptr)
+        return 0;
+    const QString& text = item->GetName();
+    // Percent and most error codes are a few digits, and those are read here: there are two of them in every row.
+    constexpr int fewDigits = 3;
+    int number = 0;
+    for (const QChar character : text) {
+        if (text.size() > fewDigits || character < QLatin1Char('0') || character > QLatin1Char('9'))
+            return text.toInt();
+        number = 10 * number + (character.unicode() - u'0');
+    }
+    return number;
 }
 
 /// The selected cells, row by row, for pasting into a spreadsheet.
@@ -72,6 +88,7 @@ DFDetailedResults::DFDetailedResults(const QString& resultPrefix)
     // A window beside the main window: it must not keep the application running when that one is closed.
     setAttribute(Qt::WA_QuitOnClose, false);
     m_table = m_pTable;
+    m_fitter = new ColumnFitter(*m_pTable);
     AddCopyAction();
 
     values::LinkByPath(m_frequency, m_resultPrefix + frequencyName);
@@ -133,9 +150,13 @@ void DFDetailedResults::Fill()
 
 void DFDetailedResults::ShowTime(const QString& time)
 {
+    // The table is filled anew for other reasons, too.
+    if (m_shownTime == time)
+        return;
     m_pDateTimeLabel->setText(time.isEmpty()
                                   ? QString(nothingToShow)
                                   : Brix::DateTime::fromString(time).toString(Brix::DateTime::Local_TimeZone));
+    m_shownTime = time;
 }
 
 /// A location that has become unknown stays: it is the latest one there was.
@@ -171,68 +192,90 @@ void DFDetailedResults::FillTable()
     const Common common = ReadCommon();
     // The list may have grown since Refresh(): the table does not take cells of rows that it does not have.
     const int rows = std::min(m_selectedDf->GetItemCount(), m_table->rowCount());
+    CellRange changed;
+    // Also of what was done before a translator has thrown.
+    const auto tell = qScopeGuard([&] { Tell(changed); });
     for (int row = 0; row < rows; ++row)
-        WriteRow(row, TextsOf(*m_selectedDf->GetItem(row), common));
+        FillRow(row, common, changed);
 }
 
 DFDetailedResults::Common DFDetailedResults::ReadCommon() const
 {
+    const double frequency = m_frequency ? Brix::toDoubleEx(m_frequency->GetValue()) : 0.0;
     const auto* const threshold = FindResult<values::IntValue>(qualityThresholdName);
-    return {m_frequency ? Brix::toDoubleEx(m_frequency->GetValue()) : 0.0,
+    return {nothingToShow, frequency != 0.0 ? frequencyText(frequency) : QString(),
             threshold != nullptr ? threshold->GetValue() : 0, FindResult<values::ValueSelection>(longitudeName),
             FindResult<values::ValueSelection>(latitudeName)};
 }
 
-DFDetailedResults::RowTexts DFDetailedResults::TextsOf(const values::SelectionItem& station, const Common& common) const
+/// Cells whose text stays are not touched: most texts of a result are those of the one before. Nobody is told of the
+/// others, which @p changed takes.
+void DFDetailedResults::FillRow(int row, const Common& common, CellRange& changed)
 {
-    const int key = station.GetKey();
-    const values::SelectionItem* const quality = itemOf(m_quality.get(), key);
+    const values::SelectionItem* const station = m_selectedDf->GetItem(row);
+    if (station == nullptr)
+        return;
+    const int key = station->GetKey();
+    const auto item = [row, key](const values::ValueSelection* selection) { return itemOf(selection, key, row); };
+    const values::SelectionItem* const quality = item(m_quality.get());
     const bool goodEnough = numberOf(quality) >= common.qualityThreshold;
-    const bool hasFrequency = common.frequency != 0.0;
-    const int error = numberOf(itemOf(m_errors.get(), key));
-
-    RowTexts texts;
-    texts.fill(nothingToShow);
-    texts[NameColumn] = station.GetName();
     // A level was measured whenever there is a frequency, however bad the bearing.
-    if (hasFrequency) {
-        texts[FrequencyColumn] = frequencyText(common.frequency);
-        texts[LevelColumn] = textWithUnit(itemOf(m_level.get(), key), QStringLiteral(" dBµV"));
-    }
-    if (goodEnough) {
-        texts[AzimuthColumn] = textWithUnit(itemOf(m_azimuth.get(), key), QStringLiteral("°"));
-        texts[QualityColumn] = textWithUnit(quality, QStringLiteral("%"));
-    }
-    texts[LongitudeColumn] = coordinateOf(itemOf(common.longitude, key));
-    texts[LatitudeColumn] = coordinateOf(itemOf(common.latitude, key));
-    if (error != 0)
-        texts[ErrorColumn] = errorText(error);
-    return texts;
+    const bool hasFrequency = !common.frequency.isEmpty();
+
+    const auto note = [&](Column column, const ResultCell& cell, bool isAnother) {
+        if (!isAnother)
+            return;
+        changed.Add(row, column);
+        if (column != NameColumn) // names may be long, their column keeps its width
+            m_fitter->Fit(row, column, cell.Text());
+    };
+    const auto show = [&](Column column, const QString& text) {
+        ResultCell& cell = CellAt(row, column);
+        note(column, cell, cell.Replace(text));
+    };
+    const auto showWithUnit = [&](Column column, const values::SelectionItem* shown, const QString& unit) {
+        ResultCell& cell = CellAt(row, column);
+        note(column, cell, shown != nullptr ? cell.Replace(shown->GetName(), unit) : cell.Replace(common.nothing));
+    };
+    const auto showCoordinate = [&](Column column, const values::SelectionItem* shown) {
+        ResultCell& cell = CellAt(row, column);
+        note(column, cell,
+             shown != nullptr ? cell.ReplaceByCoordinate(shown->GetName()) : cell.Replace(common.nothing));
+    };
+    show(NameColumn, station->GetName());
+    show(FrequencyColumn, hasFrequency ? common.frequency : common.nothing);
+    showWithUnit(AzimuthColumn, goodEnough ? item(m_azimuth.get()) : nullptr, QStringLiteral("°"));
+    showWithUnit(LevelColumn, hasFrequency ? item(m_level.get()) : nullptr, QStringLiteral(" dBµV"));
+    showWithUnit(QualityColumn, goodEnough ? quality : nullptr, QStringLiteral("%"));
+    showCoordinate(LongitudeColumn, item(common.longitude));
+    showCoordinate(LatitudeColumn, item(common.latitude));
+    if (const int error = numberOf(item(m_errors.get())); error != 0)
+        show(ErrorColumn, errorText(error));
+    else
+        show(ErrorColumn, common.nothing);
 }
 
-/// Cells whose text stays are not written: most texts of a result are those of the one before.
-void DFDetailedResults::WriteRow(int row, const RowTexts& texts)
+ResultCell& DFDetailedResults::CellAt(int row, int column)
 {
-    for (int column = 0; column < ColumnCount; ++column) {
-        const QString& text = texts[static_cast<std::size_t>(column)];
-        QTableWidgetItem* const cell = m_table->item(row, column);
-        if (cell != nullptr && cell->text() == text)
-            continue;
-        if (cell != nullptr)
-            cell->setText(text);
-        else
-            m_table->setItem(row, column, new QTableWidgetItem(text));
-        WidenColumn(row, column);
-    }
+    QTableWidgetItem* const item = m_table->item(row, column);
+    if (item != nullptr && item->type() == ResultCell::Type)
+        return static_cast<ResultCell&>(*item);
+    auto* const cell = new ResultCell;
+    // It is told of once it has a text.
+    const QSignalBlocker quiet(m_table->model());
+    m_table->setItem(row, column, cell);
+    return *cell;
 }
 
-/// A number must be seen whole: 12.5 is not 312.5. Names may be long, their column keeps its width.
-void DFDetailedResults::WidenColumn(int row, int column)
+/// Tells the views once of all cells that have changed: a table with thousands of cells that are told of one by one is
+/// busy with nothing else.
+void DFDetailedResults::Tell(const CellRange& changed)
 {
-    constexpr int gridLine = 1;
-    const int needed = m_table->sizeHintForIndex(m_table->model()->index(row, column)).width() + gridLine;
-    if (column != NameColumn && needed > m_table->columnWidth(column))
-        m_table->setColumnWidth(column, needed);
+    if (changed.IsEmpty() || m_table == nullptr)
+        return;
+    QAbstractItemModel* const model = m_table->model();
+    emit model->dataChanged(model->index(changed.top, changed.left), model->index(changed.bottom, changed.right),
+                            {Qt::DisplayRole, Qt::EditRole});
 }
 
 } // namespace VelmarGui

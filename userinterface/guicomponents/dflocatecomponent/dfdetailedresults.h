@@ -7,9 +7,14 @@
 #include <QString>
 #include <QWidget>
 
-#include <array>
+#include <algorithm>
+#include <limits>
+#include <optional>
 
 namespace VelmarGui {
+
+class ColumnFitter;
+class ResultCell;
 
 /// The "DF/Locate detailed results" window: time, averaged location and locate type of the latest result, and a table
 /// with one row for every DF station that took part.
@@ -44,15 +49,33 @@ private:
         ErrorColumn,
         ColumnCount
     };
-    using RowTexts = std::array<QString, ColumnCount>;
 
     /// What all rows of one fill have in common.
     struct Common
     {
-        double frequency;                        ///< Hz; 0: unknown
+        QString nothing;                         ///< stands for what is not shown
+        QString frequency;                       ///< as it is shown; empty: unknown
         int qualityThreshold;                    ///< percent
         const values::ValueSelection* longitude; ///< may be null
         const values::ValueSelection* latitude;  ///< may be null
+    };
+
+    /// The smallest range that holds all cells that were added.
+    struct CellRange
+    {
+        int top = std::numeric_limits<int>::max();
+        int left = std::numeric_limits<int>::max();
+        int bottom = -1;
+        int right = -1;
+
+        void Add(int row, int column)
+        {
+            top = std::min(top, row);
+            left = std::min(left, column);
+            bottom = std::max(bottom, row);
+            right = std::max(right, column);
+        }
+        [[nodiscard]] bool IsEmpty() const { return bottom < 0; }
     };
 
     template <typename T>
@@ -65,9 +88,9 @@ private:
     void ShowLocateType(bool hasTime);
     void FillTable();
     [[nodiscard]] Common ReadCommon() const;
-    [[nodiscard]] RowTexts TextsOf(const values::SelectionItem& station, const Common& common) const;
-    void WriteRow(int row, const RowTexts& texts);
-    void WidenColumn(int row, int column);
+    void FillRow(int row, const Common& common, CellRange& changed);
+    [[nodiscard]] ResultCell& CellAt(int row, int column);
+    void Tell(const CellRange& changed);
 
     QString m_resultPrefix;
     values::ValuePtr<values::ValueSelection> m_selectedDf;
@@ -77,7 +100,9 @@ private:
     values::ValuePtr<values::ValueSelection> m_errors;
     values::ValueObservingPtr<values::StringValue> m_frequency{this};
     values::ValueObservingPtr<values::StringValue> m_resultTime{this};
-    QPointer<QTableWidget> m_table; ///< the form's table, as long as it exists
+    QPointer<QTableWidget> m_table;     ///< the form's table, as long as it exists
+    ColumnFitter* m_fitter = nullptr;   ///< belongs to the table
+    std::optional<QString> m_shownTime; ///< as the driver wrote it
 };
 
 } // namespace VelmarGui

@@ -39,6 +39,31 @@ quint64 wholeHz(double hz)
     return hz < tooLarge ? static_cast<quint64>(hz) : std::numeric_limits<quint64>::max();
 }
 
+/// With three decimals, from 0 up to 60: the text of QString::number(minutes, 'f', 3), which takes several times
+/// longer.
+QString minutesText(double minutes)
+{
+    const double thousandths = minutes * 1000.0;
+    const double below = std::floor(thousandths);
+    const double rest = thousandths - below;
+    // So near to the middle the rounding of the product would decide.
+    constexpr double tooNear = 1e-6;
+    if (std::abs(rest - 0.5) < tooNear)
+        return QString::number(minutes, 'f', 3);
+    const int rounded = static_cast<int>(below) + (rest > 0.5 ? 1 : 0);
+    const auto digit = [rounded](int divisor) { return QLatin1Char(static_cast<char>('0' + rounded / divisor % 10)); };
+    QString text;
+    text.reserve(6);
+    if (rounded >= 10000)
+        text += digit(10000);
+    text += digit(1000);
+    text += QLatin1Char('.');
+    text += digit(100);
+    text += digit(10);
+    text += digit(1);
+    return text;
+}
+
 /// Above -180 up to 180.
 double reduced(double degrees)
 {
@@ -71,7 +96,8 @@ QString coordinateText(double degrees)
     // Split before anything is rounded: 8.5 are 8 whole degrees, while the number alone would be written as 9.
     double whole = 0.0;
     const double fraction = std::modf(reduced(degrees), &whole);
-    return QStringLiteral("%1°%2'").arg(whole, 0, 'f', 0).arg(std::abs(fraction) * 60.0, 0, 'f', 3);
+    return QString::number(static_cast<int>(whole)) + QStringLiteral("°") + minutesText(std::abs(fraction) * 60.0) +
+           QLatin1Char('\'');
 }
 
 QString coordinateText(const QString& text)
