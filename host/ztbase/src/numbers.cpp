@@ -16,10 +16,13 @@ double toDoubleEx(const QString& text, bool* ok)
     // "1,5" is a decimal comma; a text with both signs is no number, so that "1,234.5" is not read as something else.
     if (number.count(QLatin1Char(',')) == 1 && !number.contains(QLatin1Char('.')))
         number.replace(QLatin1Char(','), QLatin1Char('.'));
-    QLocale locale = QLocale::c();
-    locale.setNumberOptions(QLocale::RejectGroupSeparator);
+    static const QLocale withoutGroups = [] {
+        QLocale locale = QLocale::c();
+        locale.setNumberOptions(QLocale::RejectGroupSeparator);
+        return locale;
+    }();
     bool read = false;
-    const double value = locale.toDouble(number, &read);
+    const double value = withoutGroups.toDouble(number, &read);
     const bool good = read && std::isfinite(value);
     if (ok != nullptr)
         *ok = good;
