@@ -1,5 +1,8 @@
 #include "app/screenshot.h"
 
+#include "ztbase/brix/files.h"
+
+#include <QBuffer>
 #include <QCoreApplication>
 #include <QSaveFile>
 
@@ -7,9 +10,10 @@ namespace workbench {
 
 std::optional<QString> saveScreenshot(const QImage& picture, const QString& file)
 {
+    QBuffer png;
     QSaveFile target(file);
-    // Flushed first: what commit() itself cannot write on a full disk it leaves out, and puts the rest in place.
-    if (target.open(QIODevice::WriteOnly) && picture.save(&target, "PNG") && target.flush() && target.commit())
+    if (picture.save(&png, "PNG") && target.open(QIODevice::WriteOnly) && Brix::WriteWhole(target, png.data()) &&
+        target.commit())
         return std::nullopt;
     return QCoreApplication::translate("workbench", "%1: the picture cannot be written: %2.")
         .arg(file, target.errorString());

@@ -3,6 +3,7 @@
 #include "drivers/csv.h"
 #include "drivers/geodesy.h"
 #include "drivers/recordingformat.h"
+#include "ztbase/brix/files.h"
 
 #include <QSet>
 #include <QStringList>
@@ -126,10 +127,15 @@ bool RecordingWriter::fail(const QString& reason)
 
 bool RecordingWriter::write(const QByteArray& text)
 {
-    if (m_file.write(text) != text.size())
-        return fail(m_file.errorString());
-    m_error.clear();
-    return true;
+    if (Brix::WriteWhole(m_file, text)) {
+        m_error.clear();
+        return true;
+    }
+    fail(m_file.errorString());
+    // Given up: nobody knows which part of a line has been written.
+    m_file.cancelWriting();
+    m_file.commit();
+    return false;
 }
 
 } // namespace workbench

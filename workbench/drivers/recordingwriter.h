@@ -18,7 +18,8 @@ public:
     explicit RecordingWriter(const QString& file);
 
     /// Adds a result as the next shot, counted from 1. False, with nothing of it added and no shot counted, when it
-    /// cannot be written: a bearing in a result without date or of a station without name or position.
+    /// cannot be written: a bearing in a result without date or of a station without name or position. Where the disk
+    /// fails, the whole recording is given up: nothing can be added and commit() fails, for the same reason.
     bool append(const DfResult& result);
     /// Puts the file in its place. False when that fails; to be called once.
     bool commit();

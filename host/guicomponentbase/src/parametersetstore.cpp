@@ -1,5 +1,7 @@
 #include "guicomponentbase/parametersetstore.h"
 
+#include "ztbase/brix/files.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QSaveFile>
@@ -127,8 +129,7 @@ ParameterSetStore::Error ParameterSetStore::Save(const QString& name, const QStr
         return failure(m_folder, tr("the folder cannot be made"));
     if (!file.open(QIODevice::WriteOnly))
         return failure(file.fileName(), file.errorString());
-    file.write(content.toUtf8());
-    if (!file.commit())
+    if (!Brix::WriteWhole(file, content.toUtf8()) || !file.commit())
         return failure(file.fileName(), file.errorString());
     return {};
 }
