@@ -1,4 +1,5 @@
 #include "historybench.h"
+#include "support/asnobody.h"
 #include "support/testmain.h"
 
 #include <QTemporaryDir>
@@ -11,6 +12,7 @@
 #include <unistd.h>
 
 using namespace historybench;
+using testsupport::AsNobody;
 using workbench::DfError;
 using workbench::FrequencyMatch;
 using workbench::GeoPosition;
@@ -25,27 +27,6 @@ namespace {
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinite = std::numeric_limits<double>::infinity();
-
-/// File permissions mean nothing to root: while this lives the process is somebody who owns nothing.
-class AsNobody
-{
-public:
-    AsNobody()
-    {
-        if (m_isRoot && setresuid(65534, 65534, 0) != 0)
-            qFatal("The process cannot become nobody");
-    }
-    ~AsNobody()
-    {
-        if (m_isRoot && setresuid(0, 0, 0) != 0)
-            qFatal("The process cannot become root again");
-    }
-    AsNobody(const AsNobody&) = delete;
-    AsNobody& operator=(const AsNobody&) = delete;
-
-private:
-    bool m_isRoot = geteuid() == 0;
-};
 
 /// Results that have everything that can be in one, or lack it, at random.
 class RandomResults
