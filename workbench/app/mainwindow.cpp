@@ -313,7 +313,7 @@ void MainWindow::addMap(const DfDriver& driver)
     model->setStations(driver.source().stations());
     connect(&driver, &DfDriver::resultPublished, model, [model, &driver](const DfResult& result) {
         model->setQualityThreshold(driver.settings().qualityThreshold);
-        model->addResult(result);
+        model->addResult(result, driver.publishedHistory());
     });
     connect(m_mapView, &MapView::message, this, &MainWindow::showMessage);
 

@@ -131,9 +131,8 @@ void BearingItem::setLook(MapUse use, const QColor& color, bool marked)
 {
     m_isMarked = marked;
     const double width = marked ? 3.5 : m_isLatest ? 1.8 : 1.0;
-    const Qt::PenStyle style = use == MapUse::Used             ? Qt::SolidLine
-                               : use == MapUse::BelowThreshold ? Qt::DashLine
-                                                               : Qt::DotLine;
+    const bool isSolid = use == MapUse::Used || use == MapUse::Compared;
+    const Qt::PenStyle style = isSolid ? Qt::SolidLine : use == MapUse::BelowThreshold ? Qt::DashLine : Qt::DotLine;
     QPen pen(color, width, style);
     pen.setCosmetic(true);
     setPen(pen);

@@ -1,5 +1,6 @@
 #include "map/mapmodel.h"
 
+#include "drivers/geodesy.h"
 #include "map/geoshapes.h"
 #include "map/mapformats.h"
 
@@ -73,6 +74,8 @@ QString useText(MapUse use)
         return MapModel::tr("unusable");
     case MapUse::AtFix:
         return MapModel::tr("at the fix");
+    case MapUse::Compared:
+        return MapModel::tr("compared");
     }
     return {};
 }
@@ -96,6 +99,7 @@ void MapModel::setStations(const std::vector<StationInfo>& stations)
     m_earlier.clear();
     m_result.reset();
     m_fix.reset();
+    m_history.reset();
     for (const StationInfo& info : stations) {
         MapStation station;
         station.id = info.id;
@@ -109,7 +113,7 @@ void MapModel::setStations(const std::vector<StationInfo>& stations)
     emit bearingsChanged();
 }
 
-void MapModel::addResult(const DfResult& result)
+void MapModel::addResult(const DfResult& result, const std::optional<HistoryFix>& history)
 {
     keepAsEarlier();
     for (MapStation& station : m_stations) {
@@ -138,6 +142,7 @@ void MapModel::addResult(const DfResult& result)
         haveMoved = merge(each) || haveMoved;
     m_result = result;
     m_result->stations.clear();
+    m_history = history;
     m_resultTime = m_clock();
     forgetFaded();
     computeFix();
@@ -274,12 +279,24 @@ bool MapModel::isBelowThreshold(const MapStation& station) const
 
 void MapModel::computeFix()
 {
-    std::vector<Bearing> bearings;
-    std::vector<MapStation*> owners;
     for (MapStation& station : m_stations) {
         station.residual.reset();
         station.distance.reset();
         station.use = station.azimuth ? MapUse::Unusable : MapUse::NoBearing;
+    }
+    if (m_history)
+        compareWithHistory();
+    else
+        locateByBearings();
+    if (!m_stations.empty())
+        emit dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1));
+}
+
+void MapModel::locateByBearings()
+{
+    std::vector<Bearing> bearings;
+    std::vector<MapStation*> owners;
+    for (MapStation& station : m_stations) {
         if (!station.hasLine())
             continue;
         bearings.push_back(
@@ -297,14 +314,34 @@ void MapModel::computeFix()
             station.residual = check.residual;
             station.distance = check.distance;
         }
-        // Two reasons to leave it out: the operator knows of his own.
-        if (station.excluded)
-            station.use = MapUse::Excluded;
-        else if (isBelowThreshold(station))
-            station.use = MapUse::BelowThreshold;
+        leaveOut(station);
     }
-    if (!m_stations.empty())
-        emit dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1));
+}
+
+void MapModel::compareWithHistory()
+{
+    constexpr double fullCircle = 360.0; // degrees
+    const Fix* const found = fix();
+    for (MapStation& station : m_stations) {
+        if (!station.hasLine())
+            continue;
+        station.use = MapUse::Compared;
+        if (found != nullptr) {
+            const geodesy::Line line = geodesy::line(*station.position, found->position);
+            station.residual = std::remainder(*station.azimuth - line.azimuth, fullCircle);
+            station.distance = line.distance;
+        }
+        leaveOut(station);
+    }
+}
+
+/// Two reasons to leave it out: the operator knows of his own.
+void MapModel::leaveOut(MapStation& station) const
+{
+    if (station.excluded)
+        station.use = MapUse::Excluded;
+    else if (isBelowThreshold(station))
+        station.use = MapUse::BelowThreshold;
 }
 
 const MapStation* MapModel::station(int id) const
@@ -321,6 +358,8 @@ std::optional<int> MapModel::rowOf(int stationId) const
 
 const Fix* MapModel::fix() const
 {
+    if (m_history)
+        return std::get_if<Fix>(&m_history->located);
     return m_fix ? std::get_if<Fix>(&*m_fix) : nullptr;
 }
 
@@ -332,22 +371,32 @@ std::optional<ErrorEllipse> MapModel::ellipse() const
 
 QString MapModel::fixText() const
 {
-    if (!m_fix)
+    if (!m_fix && !m_history)
         return tr("No result yet.");
     const Fix* const found = fix();
     if (found == nullptr)
-        return explanation(std::get<NoFix>(*m_fix));
+        return m_history ? std::get<QString>(m_history->located) : explanation(std::get<NoFix>(*m_fix));
     const ErrorEllipse area = *ellipse();
-    const auto used = std::count_if(found->bearings.begin(), found->bearings.end(),
-                                    [](const BearingCheck& check) { return check.use == BearingUse::Used; });
     QString text = tr("Fix %1").arg(positionText(found->position));
     text += QLatin1Char('\n') + tr("%1 ellipse %2, major axis at %3°")
                                     .arg(percentText(m_probability), sizeText(area))
                                     .arg(area.azimuth, 0, 'f', 1);
-    text += QLatin1Char('\n') + tr("%1 bearings used").arg(used);
+    text += QLatin1Char('\n') + originText(*found);
     if (found->degreesOfFreedom > 0)
         text += tr(", χ² %1 (degrees of freedom: %2)").arg(found->chiSquare, 0, 'f', 2).arg(found->degreesOfFreedom);
     return text;
+}
+
+QString MapModel::originText(const Fix& fix) const
+{
+    if (m_history) {
+        const QString text =
+            tr("Stored results: %1, usable bearings: %2").arg(m_history->results).arg(m_history->bearings);
+        return m_history->isComplete ? text : text + tr(" (the newest of more)");
+    }
+    const auto used = std::count_if(fix.bearings.begin(), fix.bearings.end(),
+                                    [](const BearingCheck& check) { return check.use == BearingUse::Used; });
+    return tr("%1 bearings used").arg(used);
 }
 
 MapSnapshot MapModel::snapshot() const

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "drivers/dfresult.h"
-#include "drivers/onlinefix.h"
+#include "drivers/historyfix.h"
 #include "locate/positionfix.h"
 
 #include <QAbstractTableModel>
@@ -22,6 +22,7 @@ enum class MapUse
     Excluded,       ///< by the operator
     Unusable,       ///< a number is missing or none
     AtFix,          ///< its station is where the fix is: it says nothing about the position
+    Compared,       ///< with a fix from stored results
 };
 
 /// For people: "used", "excluded", ...
@@ -70,7 +71,8 @@ struct MapSnapshot
 /// has one row a station; the check box of the first column includes and excludes the station's bearing.
 ///
 /// The fix is made of the latest result alone, of the bearings that are not excluded and reach the quality threshold,
-/// compared as whole percent; a missing quality counts as 0. GUI thread only.
+/// compared as whole percent; a missing quality counts as 0. One from stored results is shown as it was computed; the
+/// bearings are only compared with it. GUI thread only.
 class MapModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -98,8 +100,8 @@ public:
     /// Begins anew with these stations, without bearings.
     void setStations(const std::vector<StationInfo>& stations);
     /// Stations that were unknown are added. What a result does not tell of a station's name and position stays as it
-    /// was.
-    void addResult(const DfResult& result);
+    /// was. @p history: the fix from stored results that goes with it, instead of one from its bearings.
+    void addResult(const DfResult& result, const std::optional<HistoryFix>& history = std::nullopt);
     /// Percent; nothing: all bearings are good enough.
     void setQualityThreshold(std::optional<int> threshold);
     /// The standard deviation (degrees, as Bearing::sigma) of bearings of which nobody states it; false and no change
@@ -158,7 +160,11 @@ private:
     bool merge(const StationResult& result);
     void insert(std::vector<MapStation> stations);
     void computeFix();
+    void locateByBearings();
+    void compareWithHistory();
+    void leaveOut(MapStation& station) const;
     void announceUse();
+    [[nodiscard]] QString originText(const Fix& fix) const;
 
     Clock m_clock;
     std::vector<MapStation> m_stations;
@@ -170,6 +176,7 @@ private:
     double m_assumedSigma = workbench::assumedSigma;
     double m_probability = defaultProbability;
     std::optional<FixResult> m_fix;
+    std::optional<HistoryFix> m_history; // of the latest result; counts instead of the fix above
 };
 
 } // namespace workbench

@@ -183,7 +183,8 @@ void MapScene::refreshLooks()
     }
     for (BearingItem* const item : m_bearings) {
         const MapStation& station = *m_model.station(item->stationId());
-        const bool isUsed = station.use == MapUse::Used || station.use == MapUse::AtFix;
+        const bool isUsed =
+            station.use == MapUse::Used || station.use == MapUse::AtFix || station.use == MapUse::Compared;
         if (!item->isLatest())
             item->setLook(MapUse::Used, m_colors.unused, false);
         else

@@ -5,6 +5,7 @@
 #include "drivers/scenario.h"
 #include "drivers/simulatednetwork.h"
 #include "fakesource.h"
+#include "map/mapview.h"
 
 #include "support/freshtree.h"
 #include "support/testmain.h"
@@ -135,6 +136,8 @@ void TestLocateTypes::theToolBarLocatesFromTheHistory()
     QCOMPARE(bench.detail("m_pLocateTypeLabel"), QStringLiteral("History"));
     QCOMPARE(bench.session.driver()->publishedHistory()->results, 2);
     QVERIFY(bench.detail("m_pCoordinateLabel") != online);
+    const QString onMap = bench.window.findChild<MapView*>()->model()->fixText();
+    QVERIFY2(onMap.contains(QStringLiteral("\nStored results: 2, usable bearings: ")), qPrintable(onMap));
     QVERIFY(bench.detail("m_pCoordinateLabel").contains(QStringLiteral("50\u00b0")));
 
     Bench::choose("DFLocateType", QStringLiteral("Online"));
