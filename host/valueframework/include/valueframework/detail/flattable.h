@@ -11,7 +11,8 @@ namespace values::detail {
 /// A hash table without chains: all its slots lie in one array, and a slot that is taken sends one on to the next.
 ///
 /// A look-up costs the hash and, nearly always, one comparison. A @p Slot holds a key and what belongs to it; made by
-/// default it is free. It has IsFree(), and GetHash() with the hash of its key, in which all bits must be good.
+/// default it is free. It has IsFree(), and GetHash() with the hash of its key, whose upper bits say where to
+/// begin.
 template <typename Slot>
 class FlatTable
 {
@@ -32,8 +33,9 @@ public:
     /// Adds @p slot, which is not free and whose key is not in the table.
     void Insert(Slot slot)
     {
-        // From two thirds on, long rows of taken slots form, which every look-up would have to walk.
-        if (3 * (m_count + 1) > 2 * m_slots.size())
+        // The fuller the table, the longer the rows of taken slots that look-ups walk; and their lengths, hard to
+        // predict, cost more than the steps.
+        if (2 * (m_count + 1) > m_slots.size())
             Grow();
         const uint hash = slot.GetHash();
         m_slots[PlaceOf(hash, [](const Slot&) { return false; })] = std::move(slot);
@@ -74,7 +76,7 @@ public:
 
 private:
     [[nodiscard]] std::size_t Mask() const { return m_slots.size() - 1; }
-    [[nodiscard]] std::size_t Home(uint hash) const { return hash & Mask(); }
+    [[nodiscard]] std::size_t Home(uint hash) const { return hash >> m_shift; }
     [[nodiscard]] std::size_t Next(std::size_t place) const { return (place + 1) & Mask(); }
     [[nodiscard]] std::size_t Distance(std::size_t from, std::size_t to) const { return (to - from) & Mask(); }
 
@@ -91,6 +93,7 @@ private:
     {
         std::vector<Slot> old(2 * m_slots.size());
         old.swap(m_slots);
+        --m_shift;
         for (Slot& slot : old) {
             if (slot.IsFree())
                 continue;
@@ -99,7 +102,8 @@ private:
         }
     }
 
-    std::vector<Slot> m_slots = std::vector<Slot>(1); // their number is a power of two; at least one is free
+    std::vector<Slot> m_slots = std::vector<Slot>(2); // their number is a power of two; at least one is free
+    uint m_shift = 31;                                // leaves as many bits of a hash as number the slots
     std::size_t m_count = 0;
 };
 

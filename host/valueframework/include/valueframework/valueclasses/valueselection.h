@@ -111,12 +111,8 @@ private:
 
         [[nodiscard]] bool IsFree() const { return key == NoKey; }
         [[nodiscard]] uint GetHash() const { return HashOf(key); }
-        // Keys are often numbers with a step, such as bandwidths: the product moves their differences into all bits.
-        static uint HashOf(int key)
-        {
-            const uint product = static_cast<uint>(key) * 0x9E3779B9U;
-            return product ^ (product >> 15);
-        }
+        // Keys are mostly numbers in equal steps, positions or bandwidths: the golden ratio spreads them evenly.
+        static uint HashOf(int key) { return static_cast<uint>(key) * 0x9E3779B9U; }
     };
     struct HasKey
     {
