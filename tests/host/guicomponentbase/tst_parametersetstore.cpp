@@ -85,6 +85,7 @@ private slots:
         write(file(QStringLiteral("notes.txt")), "x");
         write(file(QStringLiteral(".xml")), "<a/>");
         write(file(QStringLiteral(".hidden.xml")), "<a/>");
+        write(file(QStringLiteral("blank .xml")), "<a/>");
         QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("folder.xml")));
         QCOMPARE(store().GetNames(), QStringList());
     }
@@ -248,6 +249,26 @@ private slots:
         QVERIFY2(error.startsWith(file(QStringLiteral("a.xml: "))), qPrintable(error));
         QVERIFY(QFileInfo(file(QStringLiteral("a.xml"))).isDir());
         QVERIFY(store().Delete(QStringLiteral("a")).startsWith(file(QStringLiteral("a.xml: "))));
+    }
+
+    void aFileThatOpensButCannotBeReadIsTold()
+    {
+        // No process has memory at its address 0.
+        QVERIFY(QFile::link(QStringLiteral("/proc/self/mem"), file(QStringLiteral("a.xml"))));
+        const ParameterSetStore::Loaded loaded = store().Load(QStringLiteral("a"));
+        QVERIFY(!loaded.xml);
+        QCOMPARE(loaded.error, file(QStringLiteral("a.xml: Input/output error.")));
+    }
+
+    void aSetThatCannotBeRenamedIsToldAndStays()
+    {
+        QCOMPARE(store().Save(QStringLiteral("a"), xml), QString());
+        // Nothing is there to be seen, and yet nothing can be put there.
+        QVERIFY(QFile::link(file(QStringLiteral("nowhere/b.xml")), file(QStringLiteral("b.xml"))));
+        QVERIFY(!store().Contains(QStringLiteral("b")));
+        const QString error = store().Rename(QStringLiteral("a"), QStringLiteral("b"));
+        QVERIFY2(error.startsWith(file(QStringLiteral("a.xml: "))), qPrintable(error));
+        QCOMPARE(store().Load(QStringLiteral("a")).xml, std::optional(xml));
     }
 };
 

@@ -268,6 +268,10 @@ private slots:
         const QTemporaryDir folder;
         QVERIFY(parser.ParsePGXMLFile(folder.path()) == nullptr);
         QCOMPARE(parser.GetErrors().size(), 1);
+        // Opens, but no process has memory at its address 0.
+        QVERIFY(parser.ParsePGXMLFile(QStringLiteral("/proc/self/mem")) == nullptr);
+        QCOMPARE(parser.GetErrors(),
+                 QStringList("/proc/self/mem:1: XML: a readable file expected (Input/output error)"));
     }
 
     void aFileAboveTheLargestSizeIsRefusedEvenWhenItHasNoEnd()

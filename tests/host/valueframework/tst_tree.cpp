@@ -393,6 +393,26 @@ private slots:
         tree()->InsertValue("A/", named("V"));
         QCOMPARE(after.events, (QStringList{"-/A/V", "+/A/V"}));
     }
+
+    void aRenamedValueThatAListenerDeletesIsNotAnnouncedUnderItsNewName()
+    {
+        FreshTree fresh;
+        auto* value = fresh.add<StringValue>("A/V");
+        class Deleting : public Listener
+        {
+        public:
+            void ValueRemoved(const QString& path) override
+            {
+                Listener::ValueRemoved(path);
+                tree()->DeleteValue("A/W");
+            }
+        } deleting;
+        Listener after;
+        QVERIFY(value->SetName("W", nullptr));
+        QVERIFY(tree()->FindValue("A/W") == nullptr);
+        QCOMPARE(deleting.events, (QStringList{"-/A/V", "-/A/W"}));
+        QCOMPARE(after.events, (QStringList{"-/A/W", "-/A/V"}));
+    }
 };
 
 DFL_TEST_MAIN_WITH(TestTree, QCoreApplication)

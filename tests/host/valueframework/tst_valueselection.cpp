@@ -1,8 +1,10 @@
 #include "support/freshtree.h"
 #include "support/recordingobserver.h"
 #include "support/testmain.h"
+#include "valueframework/valueclasses/value.h"
 #include "valueframework/valueclasses/valueselection.h"
 
+#include <functional>
 #include <limits>
 
 using testsupport::FreshTree;
@@ -22,6 +24,8 @@ void fillBandwidths(ValueSelection& selection)
 }
 
 } // namespace
+
+Q_DECLARE_METATYPE(std::function<bool(ValueSelection&)>)
 
 class TestValueSelection : public QObject
 {
@@ -303,6 +307,41 @@ private slots:
         QVERIFY(observer.codes.empty());
     }
 
+    void aValueOfAnotherKindIsNeitherAssignedNorEqual()
+    {
+        ValueSelection selection;
+        fillBandwidths(selection);
+        selection.Select(7);
+        RecordingObserver observer;
+        selection.AddObserver(&observer);
+        const values::StringValue text(QStringLiteral("15.0 kHz"));
+        QVERIFY(!selection.Assign(text, nullptr));
+        QCOMPARE(selection.GetCurrentKey(), 7);
+        QCOMPARE(selection.GetItemCount(), 3);
+        QVERIFY(observer.codes.empty());
+        QVERIFY(!selection.Compare(values::StringValue(QStringLiteral("12.0 kHz"))));
+    }
+
+    void selectionsWithTheSameItemsDifferByTheirCurrentOne()
+    {
+        ValueSelection a;
+        fillBandwidths(a);
+        ValueSelection b;
+        fillBandwidths(b);
+        QVERIFY(a.Compare(b));
+        b.Select(8);
+        QVERIFY(!a.Compare(b));
+    }
+
+    void itemsDifferByKeyNumberAndName()
+    {
+        const SelectionItem item(QStringLiteral("a"), 1.0, 1);
+        QVERIFY(item == SelectionItem(QStringLiteral("a"), 1.0, 1));
+        QVERIFY(!(item == SelectionItem(QStringLiteral("a"), 1.0, 2)));
+        QVERIFY(!(item == SelectionItem(QStringLiteral("a"), 2.0, 1)));
+        QVERIFY(!(item == SelectionItem(QStringLiteral("b"), 1.0, 1)));
+    }
+
     void lookingUpAKeyInALongListAgreesWithTheList()
     {
         ValueSelection selection;
@@ -333,6 +372,34 @@ private slots:
                 QVERIFY(selection->Select(8));
             QCOMPARE(observer.codes, (Codes{when, ChangeState}));
         }
+    }
+
+    void aSelectionDeletedWhenToldOfItsItemsSendsNothingMore_data()
+    {
+        QTest::addColumn<std::function<bool(ValueSelection&)>>("change");
+        QTest::newRow("current item deleted")
+            << std::function([](ValueSelection& selection) { return selection.DeleteItem(7); });
+        QTest::newRow("another one assigned") << std::function([](ValueSelection& selection) {
+            ValueSelection other;
+            other.AddItems({QStringLiteral("a")});
+            return selection.Assign(other, nullptr);
+        });
+    }
+
+    void aSelectionDeletedWhenToldOfItsItemsSendsNothingMore()
+    {
+        QFETCH(std::function<bool(ValueSelection&)>, change);
+        FreshTree fresh;
+        auto* selection = fresh.add<ValueSelection>("A/S");
+        fillBandwidths(*selection);
+        selection->Select(7);
+        RecordingObserver observer([](Observable*, TChangeCode code) {
+            if (code == ChangeItems)
+                values::Tree::Instance()->DeleteValue("A/S");
+        });
+        selection->AddObserver(&observer);
+        QVERIFY(change(*selection));
+        QCOMPARE(observer.codes, (Codes{ChangeItems, ChangeState}));
     }
 };
 
