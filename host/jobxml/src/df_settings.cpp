@@ -10,19 +10,22 @@ namespace JobXml {
 
 namespace {
 
-const QLatin1String settingsElement("DF_Settings");
-const QLatin1String bandwidthElement("Bandwidth");
-const QLatin1String averagingElement("Averaging");
-const QLatin1String dfModeElement("DFMode");
-const QLatin1String detailElement("Detail");
-const QLatin1String frequencyOffsetElement("FrequencyOffset");
-const QLatin1String workflowElement("Workflow");
-const QLatin1String locateTypeElement("LocateType");
-const QLatin1String activityElement("Activity");
-const QLatin1String activityTriggerElement("ActivityTrigger");
+const QString settingsElement = QStringLiteral("DF_Settings");
+const QString bandwidthElement = QStringLiteral("Bandwidth");
+const QString averagingElement = QStringLiteral("Averaging");
+const QString dfModeElement = QStringLiteral("DFMode");
+const QString detailElement = QStringLiteral("Detail");
+const QString frequencyOffsetElement = QStringLiteral("FrequencyOffset");
+const QString workflowElement = QStringLiteral("Workflow");
+const QString locateTypeElement = QStringLiteral("LocateType");
+const QString activityElement = QStringLiteral("Activity");
+const QString activityTriggerElement = QStringLiteral("ActivityTrigger");
 
 // What follows these characters of a mode's name is wording: "Normal" is "Norm".
 constexpr int modeNameLength = 4;
+
+// Room for all fields; a text that grows bit by bit is copied again and again.
+constexpr int usualXmlLength = 512;
 
 // The names stand in the order of the enumerations.
 
@@ -83,13 +86,13 @@ Choice orUnset(const std::optional<Choice>& field)
     return field.value_or(static_cast<Choice>(-1));
 }
 
-void writeNumber(QXmlStreamWriter& xml, QLatin1String element, const std::optional<double>& field)
+void writeNumber(QXmlStreamWriter& xml, const QString& element, const std::optional<double>& field)
 {
     if (field)
         xml.writeTextElement(element, toText(*field));
 }
 
-void writeName(QXmlStreamWriter& xml, QLatin1String element, const QString& name)
+void writeName(QXmlStreamWriter& xml, const QString& element, const QString& name)
 {
     if (!name.isEmpty())
         xml.writeTextElement(element, name);
@@ -101,6 +104,7 @@ QString DF_Settings::GetXmlString() const
 {
     faults::mayRaise("DF_Settings::GetXmlString");
     QString text;
+    text.reserve(usualXmlLength);
     QXmlStreamWriter xml(&text);
     xml.writeStartElement(settingsElement);
     writeNumber(xml, bandwidthElement, m_bandwidth.m_value);

@@ -9,8 +9,8 @@
 namespace JobXml {
 
 namespace {
-const QLatin1String qualityThresholdElement("QualityThreshold");
-const QLatin1String levelThresholdElement("LevelThreshold");
+const QString qualityThresholdElement = QStringLiteral("QualityThreshold");
+const QString levelThresholdElement = QStringLiteral("LevelThreshold");
 } // namespace
 
 bool DF_SettingsDetail::HasData() const
