@@ -1,6 +1,7 @@
 #include "map/geojson.h"
 
 #include "drivers/jsonlines.h"
+#include "map/mapformats.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>
@@ -78,28 +79,16 @@ Fault unexpected(const char* expected, const QJsonValue& found)
     return fault(tr("expected %1, found %2").arg(tr(expected), described(found)));
 }
 
-/// One line for people: what a file says may hold anything.
-QString shownName(const QString& name)
-{
-    QString shown = name.left(4 * GeoJson::longestName);
-    std::replace_if(
-        shown.begin(), shown.end(), [](QChar c) { return c.category() == QChar::Other_Control; }, QLatin1Char(' '));
-    shown = shown.simplified().left(GeoJson::longestName);
-    if (!shown.isEmpty() && shown.at(shown.size() - 1).isHighSurrogate())
-        shown.chop(1); // cut in the middle of a character
-    return shown;
-}
-
 QString nameIn(const QJsonValue& properties)
 {
     const QString member = QStringLiteral("name");
     const QJsonObject object = properties.toObject();
     const QJsonValue exact = object.value(member);
     if (exact.isString())
-        return shownName(exact.toString());
+        return oneLine(exact.toString(), GeoJson::longestName);
     for (auto it = object.begin(); it != object.end(); ++it) {
         if (it.key().compare(member, Qt::CaseInsensitive) == 0 && it.value().isString())
-            return shownName(it.value().toString());
+            return oneLine(it.value().toString(), GeoJson::longestName);
     }
     return {};
 }

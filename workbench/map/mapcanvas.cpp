@@ -56,7 +56,10 @@ MapCanvas::MapCanvas(MapScene& scene, QWidget* parent)
     setMouseTracking(true);
     setMinimumSize(20 * fontMetrics().averageCharWidth(), 8 * fontMetrics().height());
     connect(&m_scene, &MapScene::contentChanged, this, &MapCanvas::follow);
-    connect(&m_scene, &MapScene::projectionChanged, this, &MapCanvas::fit);
+    connect(&m_scene, &MapScene::projectionChanged, this, [this] {
+        m_graticuleArea = QRectF(); // of another plane
+        fit();
+    });
     m_scene.setColors(MapColors::fitting(palette()));
     fit();
 }
@@ -237,11 +240,15 @@ void MapCanvas::changeEvent(QEvent* event)
 
 void MapCanvas::refreshGraticule()
 {
-    if (m_graticuleView == viewportTransform() && m_graticuleSize == viewport()->size())
+    const QRectF visible = mapToScene(viewport()->rect()).boundingRect();
+    if (m_graticuleScale == metresPerPixel() && m_graticuleArea.contains(visible))
         return;
-    m_graticuleView = viewportTransform();
-    m_graticuleSize = viewport()->size();
-    m_graticule = graticule(m_scene.projection(), mapToScene(viewport()->rect()).boundingRect(), metresPerPixel());
+    // More than is visible, so that the map can be moved without computing it again at each step.
+    const double marginX = visible.width() / 4.0;
+    const double marginY = visible.height() / 4.0;
+    m_graticuleArea = visible.adjusted(-marginX, -marginY, marginX, marginY);
+    m_graticuleScale = metresPerPixel();
+    m_graticule = graticule(m_scene.projection(), m_graticuleArea, m_graticuleScale);
 }
 
 void MapCanvas::drawBackground(QPainter* painter, const QRectF& rect)

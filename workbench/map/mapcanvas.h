@@ -4,7 +4,6 @@
 #include "map/graticule.h"
 
 #include <QGraphicsView>
-#include <QTransform>
 
 #include <optional>
 #include <vector>
@@ -76,9 +75,9 @@ private:
     bool m_isDragging = false;
     QPoint m_pressedAt;
     QPoint m_draggedFrom;
-    std::vector<GraticuleLine> m_graticule; ///< of what was visible when it was computed
-    QTransform m_graticuleView;
-    QSize m_graticuleSize;
+    std::vector<GraticuleLine> m_graticule;
+    QRectF m_graticuleArea;        // on the plane, somewhat more than was visible when it was computed
+    double m_graticuleScale = 0.0; // metres per pixel
 };
 
 } // namespace workbench

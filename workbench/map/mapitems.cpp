@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFontMetricsF>
+#include <QPaintEngine>
 #include <QPainter>
 #include <QPen>
 #include <QStyleOptionGraphicsItem>
@@ -40,39 +41,70 @@ MapSign::MapSign(Shape shape, MapLayer layer)
 {
     setFlag(ItemIgnoresTransformations);
     setZValue(layer);
+    measureText();
 }
 
 void MapSign::setText(const QString& text)
 {
     if (text == m_text)
         return;
-    prepareGeometryChange();
     m_text = text;
+    measureText();
+}
+
+void MapSign::measureText()
+{
+    prepareGeometryChange();
+    const QFontMetricsF font(signFont());
+    const double halfHeight = std::ceil(std::max(markRadius + 2.0, font.height()));
+    const double width = std::ceil(2.0 * markRadius + textDistance + font.horizontalAdvance(m_text));
+    m_bounds = {-markRadius - 2.0, -halfHeight, width, 2.0 * halfHeight};
+    forgetPicture();
 }
 
 void MapSign::setColors(const QColor& sign, const QColor& text, const QColor& ground)
 {
+    if (sign == m_color && text == m_textColor && ground == m_ground)
+        return;
     m_color = sign;
     m_textColor = text;
     m_ground = ground;
-    update();
+    forgetPicture();
 }
 
 void MapSign::setMarked(bool marked)
 {
+    if (marked == m_isMarked)
+        return;
     m_isMarked = marked;
+    forgetPicture();
+}
+
+void MapSign::forgetPicture()
+{
+    m_picture = QPixmap();
     update();
 }
 
-QRectF MapSign::boundingRect() const
+void MapSign::paint(QPainter* painter, const QStyleOptionGraphicsItem* /*option*/, QWidget* /*widget*/)
 {
-    const QFontMetricsF font(signFont());
-    const double halfHeight = std::max(markRadius + 2.0, font.height());
-    return {-markRadius - 2.0, -halfHeight, markRadius + textDistance + font.horizontalAdvance(m_text) + 8.0,
-            2.0 * halfHeight};
+    if (painter->paintEngine()->type() != QPaintEngine::Raster) {
+        paintSign(painter); // a drawing that others will scale
+        return;
+    }
+    const double pixels = painter->device()->devicePixelRatioF();
+    if (m_picture.isNull() || m_picture.devicePixelRatioF() != pixels) {
+        m_picture = QPixmap((m_bounds.size() * pixels).toSize());
+        m_picture.setDevicePixelRatio(pixels);
+        m_picture.fill(Qt::transparent);
+        QPainter picture(&m_picture);
+        picture.translate(-m_bounds.topLeft());
+        paintSign(&picture);
+    }
+    painter->drawPixmap(m_bounds.topLeft(), m_picture);
 }
 
-void MapSign::paint(QPainter* painter, const QStyleOptionGraphicsItem* /*option*/, QWidget* /*widget*/)
+void MapSign::paintSign(QPainter* painter) const
 {
     painter->setRenderHint(QPainter::Antialiasing);
     if (m_isMarked) {

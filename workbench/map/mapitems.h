@@ -6,6 +6,7 @@
 
 #include <QGraphicsItem>
 #include <QGraphicsPathItem>
+#include <QPixmap>
 
 namespace workbench {
 
@@ -20,7 +21,8 @@ enum MapLayer
     FixLayer
 };
 
-/// A sign of fixed size on the screen with a text beside it.
+/// A sign of fixed size on the screen with a text beside it. Painted once for the screen and then copied: its letters
+/// cost more than many lines.
 class MapSign : public QGraphicsItem
 {
 public:
@@ -34,16 +36,23 @@ public:
 
     void setText(const QString& text);
     [[nodiscard]] QString text() const { return m_text; }
+    /// After the application's font has become another one.
+    void measureText();
     void setColors(const QColor& sign, const QColor& text, const QColor& ground);
     void setMarked(bool marked);
     [[nodiscard]] bool isMarked() const { return m_isMarked; }
 
-    [[nodiscard]] QRectF boundingRect() const override;
+    [[nodiscard]] QRectF boundingRect() const override { return m_bounds; }
     void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
 
 private:
+    void paintSign(QPainter* painter) const;
+    void forgetPicture();
+
     Shape m_shape;
     QString m_text;
+    QRectF m_bounds;
+    QPixmap m_picture; // null: to be painted
     QColor m_color;
     QColor m_textColor;
     QColor m_ground;

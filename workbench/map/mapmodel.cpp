@@ -423,7 +423,7 @@ QString MapModel::valueText(const MapStation& station, int column) const
     };
     switch (column) {
     case StationColumn:
-        return station.name;
+        return stationText(station.name);
     case BearingColumn:
         return station.azimuth ? azimuthText(*station.azimuth) : QStringLiteral("---");
     case QualityColumn:

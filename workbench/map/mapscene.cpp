@@ -6,6 +6,7 @@
 #include "map/mapmodel.h"
 
 #include <QBrush>
+#include <QEvent>
 #include <QGuiApplication>
 #include <QPen>
 
@@ -77,6 +78,16 @@ void MapScene::setColors(const MapColors& colors)
     update();
 }
 
+bool MapScene::event(QEvent* event)
+{
+    if (event->type() == QEvent::ApplicationFontChange) {
+        for (StationItem* const item : m_stations)
+            item->measureText();
+        m_fix->measureText();
+    }
+    return QGraphicsScene::event(event);
+}
+
 void MapScene::setBackground(std::vector<PlaneShape> shapes)
 {
     m_background->setShapes(std::move(shapes));
@@ -90,7 +101,7 @@ void MapScene::placeStations()
         if (!station.position)
             continue;
         auto* const item = new StationItem(station.id);
-        item->setText(station.name);
+        item->setText(stationText(station.name));
         item->setPos(m_projection.toMap(*station.position));
         addItem(item);
         m_stations.push_back(item);

@@ -61,6 +61,9 @@ signals:
     void projectionChanged();
     void contentChanged();
 
+protected:
+    bool event(QEvent* event) override;
+
 private:
     void placeStations();
     void centreProjection();

@@ -251,8 +251,8 @@ void MapView::popUpMenu(const QPoint& place)
     if (const auto station = m_canvas->stationAt(place)) {
         pick(station);
         const MapStation& picked = *m_model->station(*station);
-        // Concatenated: a name may hold what looks like a place marker or a mnemonic.
-        QString name = picked.name;
+        // Concatenated: a name may hold what looks like a place marker; and what looks like a mnemonic is none.
+        QString name = stationText(picked.name);
         name.replace(QLatin1Char('&'), QStringLiteral("&&"));
         QAction* const toggleAction =
             menu->addAction((picked.excluded ? tr("&Include bearing of ") : tr("&Exclude bearing of ")) + name);

@@ -151,10 +151,10 @@ private slots:
         QTest::newRow("lines and control characters")
             << json("{'name':'  a\\n\\tb\\u0000c\\u0007 '}") << QStringLiteral("a b c");
         QTest::newRow("too long") << json("{'name':'") + QByteArray(1000, 'x') + json("'}")
-                                  << QString(GeoJson::longestName, 'x');
+                                  << QString(GeoJson::longestName - 1, 'x') + QChar(0x2026);
         QTest::newRow("not cut within a character")
-            << json("{'name':'") + QByteArray(GeoJson::longestName - 1, 'x') + "\xf0\x9f\x93\xa1yy" + json("'}")
-            << QString(GeoJson::longestName - 1, 'x');
+            << json("{'name':'") + QByteArray(GeoJson::longestName - 2, 'x') + "\xf0\x9f\x93\xa1yy" + json("'}")
+            << QString(GeoJson::longestName - 2, 'x') + QChar(0x2026);
     }
 
     void theNameIsThatOfThePropertyInAnyCase()

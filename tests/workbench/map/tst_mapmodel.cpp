@@ -240,6 +240,18 @@ private slots:
         QCOMPARE(bench.model.fixText(), explanation(NoFix::ParallelLines));
     }
 
+    void oppositeBearingsGiveNoFix()
+    {
+        // Each looks at the other: anywhere between them would do.
+        Bench bench;
+        bench.model.addResult(result({{1, 0.0, 6.0, 90.0, 90.0}, {2, 0.0, 8.0, 270.0, 90.0}}));
+        QVERIFY(bench.model.fix() == nullptr);
+        QVERIFY2(bench.model.fixText().startsWith(QStringLiteral("No fix: ")), qPrintable(bench.model.fixText()));
+        // Away from each other: they meet at the other end of the Earth only.
+        bench.model.addResult(result({{1, 50.0, 6.0, 270.0, 90.0}, {2, 50.0, 8.0, 90.0, 90.0}}));
+        QVERIFY(bench.model.fix() == nullptr);
+    }
+
     void numbersThatAreNoneAreTakenAsMissing()
     {
         Bench bench;

@@ -467,6 +467,9 @@ private slots:
         QTest::newRow("north pole") << 2;
         QTest::newRow("antipodes") << 3;
         QTest::newRow("no numbers") << 4;
+        QTest::newRow("opposite bearings") << 5;
+        QTest::newRow("one station") << 6;
+        QTest::newRow("south pole") << 7;
     }
 
     void oddNetworksAreShown()
@@ -479,6 +482,9 @@ private slots:
             {{1, 90.0, 0.0, 180.0, 90.0}, {2, 85.0, 30.0, 270.0, 90.0}, {3, 88.0, -120.0, 10.0, 90.0}},
             {{1, 10.0, 20.0, 90.0, 90.0}, {2, -10.0, -160.0, 90.0, 90.0}},
             {{1, nan, 20.0, 90.0, 90.0}, {2, 10.0, 20.0, nan, nan}, {3, 91.0, nan, 1.0, 2.0}},
+            {{1, 0.0, 6.0, 90.0, 90.0}, {2, 0.0, 8.0, 270.0, 90.0}},
+            {{1, 50.0, 6.0, 77.0, 90.0}},
+            {{1, -90.0, 12.0, 0.0, 90.0}, {2, -89.0, 170.0, 200.0, 90.0}, {3, -89.5, -60.0, 90.0, 90.0}},
         };
         Bench bench(networks[static_cast<std::size_t>(network)]);
         bench.model().addResult(result(networks[static_cast<std::size_t>(network)]));
@@ -491,6 +497,44 @@ private slots:
             QVERIFY(bench.isInSight(item->pos()));
         }
         QVERIFY(!bench.view.grab().isNull());
+    }
+
+    void aStationsNameIsCutAndHasNoControlCharacters()
+    {
+        Bench bench;
+        DfResult odd = result(fourStations());
+        odd.stations[0].stationName = QString(1000000, QLatin1Char('x'));
+        odd.stations[1].stationName = QStringLiteral("a\nb\x07");
+        bench.model().addResult(odd);
+        QCOMPARE(bench.station(1)->text(), QString(59, QLatin1Char('x')) + QChar(0x2026));
+        QCOMPARE(bench.station(2)->text(), QStringLiteral("a b"));
+        QCOMPARE(bench.model().index(0, MapModel::StationColumn).data().toString(), bench.station(1)->text());
+        QVERIFY(!bench.view.grab().isNull());
+    }
+
+    void signsGrowWithTheFontOfTheApplication()
+    {
+        Bench bench(fourStations());
+        const QFont before = QApplication::font();
+        const double width = bench.station(1)->boundingRect().width();
+        QFont large = before;
+        large.setPointSizeF(2.0 * before.pointSizeF());
+        QApplication::setFont(large);
+        const double grown = bench.station(1)->boundingRect().width();
+        QApplication::setFont(before);
+        QVERIFY(grown > width);
+        QCOMPARE(bench.station(1)->boundingRect().width(), width);
+    }
+
+    void aSignIsPaintedAnewWhenItsLookChanges()
+    {
+        Bench bench(fourStations());
+        const QImage plain = bench.canvas().viewport()->grab().toImage();
+        bench.view.pick(3);
+        const QImage marked = bench.canvas().viewport()->grab().toImage();
+        QVERIFY(marked != plain);
+        bench.view.pick(std::nullopt);
+        QCOMPARE(bench.canvas().viewport()->grab().toImage(), plain);
     }
 
     void aThousandStationsAreShownEachAtItsPlace()
