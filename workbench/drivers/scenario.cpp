@@ -147,6 +147,8 @@ public:
         QString text = take(name).toString();
         if (text.trimmed().isEmpty())
             unexpected(name, QStringLiteral("a text that is not empty"));
+        else if (!text.isValidUtf16())
+            unexpected(name, QStringLiteral("a text of whole characters")); // no file could hold it
         return text;
     }
 

@@ -172,6 +172,8 @@ void ScenarioTest::oneErrorIsToldWithFileLineAndField_data()
     root("name missing", R"("name": "S", )", "", "s.json:1: name: expected a text that is not empty, found nothing");
     root("name blank", R"("name": "S")", R"("name": " ")",
          "s.json:1: name: expected a text that is not empty, found \" \"");
+    root("half a character", R"("name": "S")", R"("name": "S\ud800")",
+         "s.json:1: name: expected a text of whole characters, found \"S\\ud800\"");
     root("start local", "09:30:00Z", "09:30:00",
          "s.json:1: start: expected a UTC time as \"yyyy-MM-ddThh:mm:ssZ\", found \"2026-05-14T09:30:00\"");
     root("start impossible", "05-14T", "02-30T",
