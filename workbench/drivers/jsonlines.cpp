@@ -20,6 +20,9 @@ struct Level
     QString memberPath;       // of the member whose value follows
 };
 
+/// Below so many levels nothing is noted: the ways there are long, and a text may have millions of them.
+constexpr std::size_t deepestNoted = 16;
+
 /// The end of the quoted text that begins at @p begin: behind its closing quotes.
 int endOfText(const QByteArray& json, int begin)
 {
@@ -44,11 +47,12 @@ JsonLines::JsonLines(const QByteArray& json)
     const auto beginValue = [&] {
         if (levels.empty())
             note(QString(), line);
-        else if (levels.back().isArray && std::exchange(levels.back().awaitsValue, false))
+        else if (levels.back().isArray && std::exchange(levels.back().awaitsValue, false) &&
+                 levels.size() <= deepestNoted)
             note(element(levels.back().path, levels.back().index), line);
     };
     const auto valuePath = [&] {
-        if (levels.empty())
+        if (levels.empty() || levels.size() > deepestNoted)
             return QString();
         const Level& level = levels.back();
         return level.isArray ? element(level.path, level.index) : level.memberPath;
@@ -84,7 +88,8 @@ JsonLines::JsonLines(const QByteArray& json)
             beginValue();
             const int end = endOfText(json, i);
             const QByteArray text = json.mid(i, end - i);
-            if (!levels.empty() && std::exchange(levels.back().awaitsName, false)) {
+            const bool isName = !levels.empty() && std::exchange(levels.back().awaitsName, false);
+            if (isName && levels.size() <= deepestNoted) {
                 levels.back().memberPath = member(levels.back().path, unquoted(text));
                 note(levels.back().memberPath, line);
             }

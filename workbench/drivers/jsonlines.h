@@ -10,7 +10,8 @@ namespace workbench {
 
 /// Where the values of a JSON text stand, which a parsed document no longer knows.
 ///
-/// A value is named by its way from the root: "stations[2].rangeHz.low"; the root itself is "".
+/// A value is named by its way from the root: "stations[2].rangeHz.low"; the root itself is "". Values more than 16
+/// levels below it count as not there.
 class JsonLines
 {
 public:
