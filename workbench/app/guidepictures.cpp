@@ -2,6 +2,7 @@
 
 #include "app/mainwindow.h"
 #include "app/measuringjob.h"
+#include "app/screenshot.h"
 #include "app/session.h"
 #include "drivers/scenario.h"
 #include "drivers/simulatednetwork.h"
@@ -100,8 +101,9 @@ QImage numbered(QWidget* area, const QStringList& names, Side side)
 void save(const QImage& picture, const QString& file)
 {
     // Few colours, so the files are small.
-    if (!picture.convertToFormat(QImage::Format_Indexed8, Qt::ThresholdDither).save(file))
-        fail(QStringLiteral("%1 cannot be written.").arg(file));
+    const QImage small = picture.convertToFormat(QImage::Format_Indexed8, Qt::ThresholdDither);
+    if (const std::optional<QString> error = saveScreenshot(small, file))
+        fail(*error);
 }
 
 void makePictures(const QDir& folder)
