@@ -7,6 +7,7 @@
 #include "ztbase/errorhandler.h"
 #include "ztbase/exceptions.h"
 
+#include <memory>
 #include <utility>
 
 namespace values {
@@ -55,11 +56,12 @@ public:
     explicit operator bool() const { return m_value != nullptr; }
 
 protected:
+    /// Bound only when registered: a value that cannot tell of its removal must not be held.
     void Bind(T* value)
     {
+        if (value != nullptr)
+            value->AddObserver(this);
         m_value = value;
-        if (m_value != nullptr)
-            m_value->AddObserver(this);
     }
 
     void Unbind()
@@ -106,9 +108,15 @@ public:
         if (value == this->get())
             return;
         UnbindOwnerAndSelf();
-        if (value != nullptr)
-            value->AddObserver(m_owner);
-        this->Bind(value);
+        if (value == nullptr)
+            return;
+        value->AddObserver(m_owner);
+        try {
+            this->Bind(value);
+        } catch (...) {
+            value->RemoveObserver(m_owner); // nobody would do it later
+            throw;
+        }
     }
 
 private:
@@ -138,11 +146,28 @@ struct SplitPath
 };
 
 template <typename T>
-T* CreateNamed(const QString& name)
+std::unique_ptr<T> CreateNamed(const QString& name)
 {
-    T* const value = new T;
+    auto value = std::make_unique<T>();
     value->SetName(name, nullptr);
     return value;
+}
+
+/// Offers @p value to the tree, which then owns it. A value that it did not take stays in @p value.
+template <typename T>
+bool InsertBelow(const QString& parentPath, std::unique_ptr<T>& value)
+{
+    T* const offered = value.get();
+    try {
+        const bool inserted = Tree::Instance()->InsertValue(parentPath, offered);
+        if (inserted)
+            static_cast<void>(value.release());
+        return inserted;
+    } catch (...) {
+        if (offered->IsInTree()) // whoever was told of the insertion has failed
+            static_cast<void>(value.release());
+        throw;
+    }
 }
 
 } // namespace detail
@@ -167,8 +192,10 @@ T* CreateOrLink(QString path, IObserver* observer = nullptr)
     T* value = dynamic_cast<T*>(Tree::Instance()->FindValue(path));
     if (value == nullptr) {
         const detail::SplitPath split(path);
-        value = detail::CreateNamed<T>(split.name);
-        const bool inTree = Tree::Instance()->InsertValue(split.parent, value);
+        std::unique_ptr<T> created = detail::CreateNamed<T>(split.name);
+        value = created.get();
+        const bool inTree = detail::InsertBelow(split.parent, created);
+        static_cast<void>(created.release()); // in the tree, or nobody's
         if (!inTree && (ErrorHandler::Instance()->GetTraceMask() & ErrorHandler::ComponentTraces) != 0) {
             _Q_Trace(
                 QStringLiteral("!!!!!!!MEMORY LEAK! The value with the path '%1' could not be created!!! A value of "
@@ -190,12 +217,14 @@ bool LinkOrCreate(ValuePtr<T>& pointer, const QString& path)
     if (LinkByPath(pointer, path))
         return false;
     const detail::SplitPath split(path);
-    T* const value = detail::CreateNamed<T>(split.name);
+    std::unique_ptr<T> created = detail::CreateNamed<T>(split.name);
+    T* const value = created.get();
     try {
-        Tree::Instance()->InsertValue(split.parent, value);
+        detail::InsertBelow(split.parent, created);
     } catch (const ZTException&) {
         // The pointer works without the tree; whoever looks the value up finds it missing.
     }
+    static_cast<void>(created.release()); // in the tree, or nobody's
     pointer.Assign(value);
     return true;
 }
