@@ -2,6 +2,7 @@
 
 #include "valueframework/tree.h"
 #include "valueframework/valuebase.h"
+#include "ztbase/errorhandler.h"
 
 #include <QUndoCommand>
 
@@ -49,10 +50,24 @@ public:
     {
     }
 
-    void undo() override { setObsolete(!Write(m_value, m_before, nullptr)); }
-    void redo() override { setObsolete(!Write(m_value, m_after, std::exchange(m_causer, nullptr))); }
+    void undo() override { setObsolete(!WriteContained(m_before, nullptr)); }
+    void redo() override { setObsolete(!WriteContained(m_after, std::exchange(m_causer, nullptr))); }
 
 private:
+    /// Who edits is an operator: what an observer of the value raises would go through the widgets and the undo stack,
+    /// which know nothing of it. The value has its new content by then.
+    [[nodiscard]] bool WriteContained(const Content& content, IObserver* causer) const
+    {
+        try {
+            return Write(m_value, content, causer);
+        } catch (...) {
+            if ((ErrorHandler::Instance()->GetTraceMask() & ErrorHandler::ComponentTraces) != 0)
+                _Q_Trace(QStringLiteral("Exception in an observer of an edited value: %1").arg(text()),
+                         QStringLiteral("valuewidgets/valueedit"), __LINE__);
+            return true;
+        }
+    }
+
     ValueReference m_value;
     Content m_before;
     Content m_after;

@@ -15,6 +15,9 @@
 
 #include <algorithm>
 #include <cfloat>
+#include <exception>
+#include <optional>
+#include <utility>
 
 using values::DoubleValue;
 using values::IntValue;
@@ -72,10 +75,20 @@ bool setNumber(ValueBase* value, double number, IObserver* causer)
 
 bool Write(const ValueReference& reference, const NumericContent& content, IObserver* causer)
 {
+    std::exception_ptr failure;
     ValueBase* const value = reference.Find();
-    if (value != nullptr && content.state)
-        value->SetState(*content.state, causer);
-    return setNumber(reference.Find(), content.number, causer); // found anew: the change of state may have ended it
+    if (value != nullptr && content.state) {
+        try {
+            value->SetState(*content.state, causer);
+        } catch (...) { // an observer; the number is written all the same
+            failure = std::current_exception();
+        }
+    }
+    // Found anew: the change of state may have ended it.
+    const bool isWritten = setNumber(reference.Find(), content.number, causer);
+    if (failure)
+        std::rethrow_exception(failure);
+    return isWritten;
 }
 
 QString textOf(double number)
@@ -124,6 +137,12 @@ public:
     [[nodiscard]] double EditedNumber() const;
     void FinishEditing();
     void Step(int steps);
+    /// Lets the base class handle an event. The steps that it asks for are made when it is done with the event: whoever
+    /// hears of a step may delete the widget, and the base class would work on with it.
+    template <typename Handler>
+    void StepAfter(Handler handler);
+    /// True when a step is left for later.
+    [[nodiscard]] bool Postpone(int steps);
     /// The base class has changed its number.
     void NumberChanged(double number);
     /// @}
@@ -145,7 +164,8 @@ private:
 
     VCNumericFloatSpin& m_spin;
     const bool m_editableWhenUnused;
-    bool m_isShowing = false; // the base class is given the value's number: what it emits now is no edit
+    std::optional<int> m_postponedSteps; // empty: steps are made at once
+    bool m_isShowing = false;            // the base class is given the value's number: what it emits now is no edit
 };
 
 void VCNumericFloatSpin::Private::ValueChanged(TChangeCode code)
@@ -212,6 +232,26 @@ void VCNumericFloatSpin::Private::Step(int steps)
         return;
     const double from = IsBeingEdited() ? EditedNumber() : numberOf(*value);
     Edit(stepped(from, steps, limitsOf(*value)));
+}
+
+template <typename Handler>
+void VCNumericFloatSpin::Private::StepAfter(Handler handler)
+{
+    m_postponedSteps = 0;
+    const QPointer<VCNumericFloatSpin> spin(&m_spin);
+    handler();
+    if (!spin)
+        return;
+    const int steps = std::exchange(m_postponedSteps, std::nullopt).value_or(0);
+    if (steps != 0)
+        m_spin.stepBy(steps);
+}
+
+bool VCNumericFloatSpin::Private::Postpone(int steps)
+{
+    if (m_postponedSteps)
+        *m_postponedSteps += steps;
+    return m_postponedSteps.has_value();
 }
 
 void VCNumericFloatSpin::Private::NumberChanged(double number)
@@ -331,6 +371,8 @@ QValidator::State VCNumericFloatSpin::validate(QString& text, int& /*position*/)
 
 void VCNumericFloatSpin::stepBy(int steps)
 {
+    if (d->Postpone(steps))
+        return;
     const QPointer<VCNumericFloatSpin> self(this);
     d->Step(steps);
     if (self)
@@ -348,7 +390,23 @@ void VCNumericFloatSpin::keyPressEvent(QKeyEvent* event)
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         d->FinishEditing();
     if (self)
-        QDoubleSpinBox::keyPressEvent(event);
+        d->StepAfter([&] { QDoubleSpinBox::keyPressEvent(event); });
+}
+
+void VCNumericFloatSpin::mousePressEvent(QMouseEvent* event)
+{
+    d->StepAfter([&] { QDoubleSpinBox::mousePressEvent(event); });
+}
+
+void VCNumericFloatSpin::wheelEvent(QWheelEvent* event)
+{
+    d->StepAfter([&] { QDoubleSpinBox::wheelEvent(event); });
+}
+
+/// A button held down.
+void VCNumericFloatSpin::timerEvent(QTimerEvent* event)
+{
+    d->StepAfter([&] { QDoubleSpinBox::timerEvent(event); });
 }
 
 void VCNumericFloatSpin::focusOutEvent(QFocusEvent* event)

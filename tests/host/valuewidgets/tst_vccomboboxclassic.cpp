@@ -1,6 +1,7 @@
 #include "support/freshtree.h"
 #include "support/recordingobserver.h"
 #include "support/testmain.h"
+#include "support/traces.h"
 #include "valueframework/valueclasses/value.h"
 #include "valueframework/valueclasses/valueselection.h"
 #include "valuewidgets/vccomboboxclassic.h"
@@ -294,6 +295,19 @@ private slots:
         emit comboBox->activated(2);
         QVERIFY(comboBox == nullptr);
         QCOMPARE(mode->GetCurrentKey(), 30);
+    }
+
+    void whatAnObserverRaisesDoesNotGoThroughTheWidget()
+    {
+        RecordingObserver observer([](Observable*, TChangeCode) { throw 42; });
+        const Observation observation(*mode, observer);
+        const testsupport::Traces traces;
+        choose(*comboBox, 2);
+        QCOMPARE(mode->GetCurrentKey(), 30);
+        QCOMPARE(comboBox->currentText(), "Gated");
+        QCOMPARE(traces.records.size(), std::size_t(1));
+        QCOMPARE(traces.records[0].text, "Exception in an observer of an edited value: Mode: Gated");
+        QCOMPARE(traces.records[0].sourceFile, "valuewidgets/valueedit");
     }
 
     // Availability

@@ -1,6 +1,7 @@
 #include "support/freshtree.h"
 #include "support/recordingobserver.h"
 #include "support/testmain.h"
+#include "support/traces.h"
 #include "valueframework/valueclasses/value.h"
 #include "valueframework/valueclasses/valuenumeric.h"
 #include "valuewidgets/vcnumericfloatspin.h"
@@ -8,6 +9,7 @@
 
 #include <QDialog>
 #include <QLineEdit>
+#include <QPointer>
 #include <QStyle>
 #include <QStyleOptionSpinBox>
 #include <QUndoStack>
@@ -16,6 +18,7 @@
 
 #include <limits>
 #include <memory>
+#include <stdexcept>
 
 using testsupport::FreshTree;
 using testsupport::RecordingObserver;
@@ -99,6 +102,15 @@ class TestVCNumericFloatSpin : public QObject
         spin->show();
         spin->setFocus();
         QVERIFY(spin->hasFocus());
+    }
+
+    /// The button that adds a step.
+    [[nodiscard]] QRect buttonUp() const
+    {
+        QStyleOptionSpinBox option;
+        option.initFrom(spin);
+        option.subControls = QStyle::SC_All;
+        return spin->style()->subControlRect(QStyle::CC_SpinBox, &option, QStyle::SC_SpinBoxUp, spin);
     }
 
     static void remove(const QString& where = path) { QVERIFY(values::Tree::Instance()->DeleteValue(where)); }
@@ -487,11 +499,7 @@ private slots:
 
     void theButtonsWriteAtOnce()
     {
-        QStyleOptionSpinBox option;
-        option.initFrom(spin);
-        option.subControls = QStyle::SC_All;
-        const QRect up = spin->style()->subControlRect(QStyle::CC_SpinBox, &option, QStyle::SC_SpinBoxUp, spin);
-        QTest::mouseClick(spin, Qt::LeftButton, Qt::NoModifier, up.center());
+        QTest::mouseClick(spin, Qt::LeftButton, Qt::NoModifier, buttonUp().center());
         QCOMPARE(level->GetValue(), 35);
     }
 
@@ -631,6 +639,60 @@ private slots:
         QCoreApplication::sendEvent(spin, &press);
         QVERIFY(spin == nullptr);
         QCOMPARE(level->GetValue(), 75);
+    }
+
+    void theWidgetMayGoInTheCourseOfAStep_data()
+    {
+        QTest::addColumn<int>("event");
+        QTest::newRow("arrow key") << int(QEvent::KeyPress);
+        QTest::newRow("wheel") << int(QEvent::Wheel);
+        QTest::newRow("button") << int(QEvent::MouseButtonPress);
+        QTest::newRow("button held down") << int(QEvent::Timer);
+    }
+    void theWidgetMayGoInTheCourseOfAStep()
+    {
+        QFETCH(int, event);
+        const QRect up = buttonUp();
+        if (event == QEvent::Timer)
+            QTest::mousePress(spin, Qt::LeftButton, Qt::NoModifier, up.center());
+        const int before = level->GetValue();
+        RecordingObserver observer([this](Observable*, TChangeCode) {
+            delete spin;
+            spin = nullptr;
+        });
+        const Observation observation(*level, observer);
+        QPointer<QWidget> widget(spin);
+        if (event == QEvent::KeyPress) {
+            QKeyEvent press(QEvent::KeyPress, Qt::Key_Up, Qt::NoModifier);
+            QCoreApplication::sendEvent(spin, &press);
+        } else if (event == QEvent::Wheel) {
+            turnWheel(*spin, 1);
+        } else if (event == QEvent::MouseButtonPress) {
+            QMouseEvent press(QEvent::MouseButtonPress, up.center(), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(spin, &press);
+        }
+        QTRY_VERIFY(widget.isNull()); // for the button held down: its timer
+        QCOMPARE(level->GetValue(), before + 5);
+    }
+
+    void whatAnObserverRaisesDoesNotGoThroughTheWidget()
+    {
+        QUndoStack undo;
+        UndoRecordingControlBase::SetUndoStack(&undo);
+        show(true);
+        level->SetState(values::StateUnused, nullptr);
+        RecordingObserver observer([](Observable*, TChangeCode) { throw std::runtime_error("observer"); });
+        const Observation observation(*level, observer);
+        const testsupport::Traces traces;
+        spin->stepBy(1);
+        QCOMPARE(level->GetValue(), 35);
+        QCOMPARE(level->GetState(), values::StateOrdinary);
+        QCOMPARE(shownText(*spin), "35");
+        QCOMPARE(undo.count(), 1);
+        undo.undo();
+        QCOMPARE(level->GetValue(), 30);
+        QCOMPARE(traces.records.size(), std::size_t(2));
+        QCOMPARE(traces.records[0].text, "Exception in an observer of an edited value: Threshold: 35");
     }
 
     // Availability
