@@ -11,6 +11,8 @@
 #include <QVariantMap>
 #include <QXmlStreamWriter>
 
+#include <exception>
+
 namespace KT270 {
 
 namespace {
@@ -20,12 +22,16 @@ QString collapsedKey()
     return QStringLiteral("collapsed");
 }
 
+void traceIfWanted(const QString& text, unsigned short line)
+{
+    if ((ErrorHandler::Instance()->GetTraceMask() & ErrorHandler::ComponentTraces) != 0)
+        _Q_Trace(text, QStringLiteral("kt270/pgxmlformular"), line);
+}
+
 void traceScriptError(const ScriptOutcome& outcome)
 {
-    if ((ErrorHandler::Instance()->GetTraceMask() & ErrorHandler::ComponentTraces) == 0)
-        return;
-    _Q_Trace(QStringLiteral("Form script, line %1: %2").arg(QString::number(outcome.line), outcome.error),
-             QStringLiteral("kt270/pgxmlformular"), __LINE__);
+    traceIfWanted(QStringLiteral("Form script, line %1: %2").arg(QString::number(outcome.line), outcome.error),
+                  __LINE__);
 }
 
 } // namespace
@@ -76,13 +82,22 @@ FormField* PgXmlFormular::Private::FindField(const QString& name) const
 bool PgXmlFormular::Private::Enable(const std::vector<EnableRequest>& requests)
 {
     const QPointer<PgXmlFormular> form(q);
+    std::exception_ptr firstFailure;
     for (const EnableRequest& request : requests) {
-        FindField(request.field)->SetEnabled(request.enable);
+        try {
+            FindField(request.field)->SetEnabled(request.enable);
+        } catch (...) { // an observer of the bound value; the fields of a group change together all the same
+            if (!firstFailure)
+                firstFailure = std::current_exception();
+        }
         if (!form)
-            return false;
+            break;
     }
-    ShowGroups();
-    return true;
+    if (form)
+        ShowGroups();
+    if (firstFailure)
+        std::rethrow_exception(firstFailure);
+    return !form.isNull();
 }
 
 void PgXmlFormular::Private::EnableGroupByOperator(const QString& group, bool enable)
@@ -92,7 +107,15 @@ void PgXmlFormular::Private::EnableGroupByOperator(const QString& group, bool en
         if (field->GetDescription().Group() == group)
             requests.push_back({field->GetDescription().name, enable});
     }
-    if (Enable(requests) && sheet)
+    const QPointer<PgXmlFormular> form(q);
+    try {
+        Enable(requests);
+    } catch (...) {
+        // Goes no further: the check box knows nothing of it.
+        traceIfWanted(QStringLiteral("Exception in an observer of a value that the form has enabled or disabled"),
+                      __LINE__);
+    }
+    if (form && sheet)
         sheet->setModified(true);
 }
 

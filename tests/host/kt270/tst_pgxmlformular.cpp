@@ -5,12 +5,14 @@
 #include "support/freshtree.h"
 #include "support/recordingobserver.h"
 #include "support/testmain.h"
+#include "support/traces.h"
 #include "valueframework/valueclasses/value.h"
 #include "valueframework/valueclasses/valuenumeric.h"
 #include "valueframework/valueclasses/valueselection.h"
 #include "valuewidgets/undorecordingcontrolbase.h"
 #include "valuewidgets/vccomboboxclassic.h"
 #include "valuewidgets/vcnumericfloatspin.h"
+#include "ztbase/observation.h"
 
 #include <QCheckBox>
 #include <QRandomGenerator>
@@ -606,6 +608,22 @@ private slots:
         QVERIFY(!f.spin("Detail/Lower")->isEnabled());
         QCOMPARE(f.lower->GetState(), values::StateUnused);
         QVERIFY(f.form->GetXmlString().contains("<Detail/>"));
+    }
+
+    void whatAnObserverRaisesDoesNotGoThroughTheCheckBox()
+    {
+        const BoundForm f;
+        RecordingObserver failing([](Observable*, TChangeCode) { throw 42; });
+        const Observation observation(*f.lower, failing);
+        const testsupport::Traces traces;
+        f.box()->click();
+        QCOMPARE(f.lower->GetState(), values::StateOrdinary);
+        QCOMPARE(f.upper->GetState(), values::StateOrdinary);
+        QVERIFY(f.box()->isChecked());
+        QVERIFY(f.spin("Detail/Upper")->isEnabled());
+        QCOMPARE(f.modified->count(), 1);
+        QCOMPARE(traces.records.size(), std::size_t(1));
+        QCOMPARE(traces.records[0].sourceFile, "kt270/pgxmlformular");
     }
 
     void theCheckBoxFollowsTheScript()
