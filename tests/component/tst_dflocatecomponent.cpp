@@ -190,6 +190,7 @@ private slots:
     void aPanelThatCannotBeMadeIsTracedAndMissing();
 
     // Services
+    void noNameIsTheEmptyOne();
     void thePanelFollowsTheUserInputMode();
     void theFirstRegisteredUserInputServiceCounts();
     void withoutServiceOrPanelNothingIsConnected();
@@ -579,6 +580,14 @@ void TestDFLocateComponent::aPanelThatCannotBeMadeIsTracedAndMissing()
     QVERIFY(!values::Tree::Instance()->FindValue(spanPath));
     QVERIFY(createWidgets(component));
     delete toolBar; // the former one is nobody's
+}
+
+void TestDFLocateComponent::noNameIsTheEmptyOne()
+{
+    const Component component(m_library, nullptr);
+    QVERIFY(component.get());
+    QCOMPARE(component->GetName(), QString());
+    QVERIFY(createWidgets(component));
 }
 
 void TestDFLocateComponent::thePanelFollowsTheUserInputMode()

@@ -136,13 +136,13 @@ void DFLocateComponent::CreateAndConnectInterfaceValues()
 
 extern "C" {
 
-/// Makes a component. Null when it cannot be constructed.
+/// Makes a component. Null when it cannot be constructed. No name is the empty one.
 Q_DECL_EXPORT IDllInstance* ZTCreate(const wchar_t* name)
 {
     using VelmarGui::DFLocateComponent;
     DFLocateComponent* component = nullptr;
     VelmarGui::runEntry("DFLocateComponent::ZTCreate", VelmarGui::sourceFile, __LINE__, [&] {
-        component = new DFLocateComponent(QString::fromWCharArray(name));
+        component = new DFLocateComponent(name != nullptr ? QString::fromWCharArray(name) : QString());
         // A component whose own translations cannot be registered works all the same.
         TranslationCenter::Instance()->Register(VelmarGui::componentNamespace);
     });

@@ -130,8 +130,10 @@ void mirrorBy(const QHash<QString, QString>& names, const values::ValuePtr<value
 QStringList itemTexts(const values::ValueSelection& selection)
 {
     QStringList texts;
-    for (int i = 0; i < selection.GetItemCount(); ++i)
-        texts << selection.GetItem(i)->GetName();
+    for (int i = 0; i < selection.GetItemCount(); ++i) {
+        if (const values::SelectionItem* const item = selection.GetItem(i))
+            texts << item->GetName();
+    }
     return texts;
 }
 
@@ -198,9 +200,10 @@ void DFLocateSettingsWidget::sl_VTConnected()
 
 void DFLocateSettingsWidget::sl_Offline()
 {
-    SetOffline(true);
     whileAlive(
-        this, [this] { CreateConfigValues(); }, [this] { ConnectValues(); });
+        this,
+        [this] { runEntry("DFLocateSettingsWidget::sl_Offline", sourceFile, __LINE__, [this] { SetOffline(true); }); },
+        [this] { CreateConfigValues(); }, [this] { ConnectValues(); });
 }
 
 void DFLocateSettingsWidget::ConnectValues()
@@ -261,7 +264,11 @@ void DFLocateSettingsWidget::LoadForm(const QString& pgxml, const QString& xml)
     whileAlive(
         m_pForm.get(), [this] { InsertExtraCombos(); }, [this] { BindForm(); },
         [this] { m_pForm->CreateGUI(!IsOffline()); }, [&] { ApplyXmlToForm(xml); },
-        [this] { layout()->addWidget(m_pForm->GetWidget()); }, [this] { m_pForm->Show(); }, [this] { ConnectForm(); });
+        [this] {
+            if (QWidget* const widget = m_pForm->GetWidget())
+                layout()->addWidget(widget);
+        },
+        [this] { m_pForm->Show(); }, [this] { ConnectForm(); });
 }
 
 bool DFLocateSettingsWidget::ParseForm(const QString& pgxml)
@@ -285,15 +292,18 @@ void DFLocateSettingsWidget::InsertExtraCombos()
         if (m_extraValues[translated])
             m_extraValues[translated]->SetTranslationNamespace(QStringLiteral("PITResourceTypes"));
     }
+    KT270::PgXmlSheet* const sheet = m_pForm->GetSheet();
+    if (sheet == nullptr)
+        return;
     int row = 1;
     for (std::size_t extra = Workflow; extra < ExtraValueCount; ++extra) {
         const ExtraCombo& description = extraCombos[extra];
         const QString label = QCoreApplication::translate(description.field, description.label);
-        auto* const combo = new VCComboBoxClassic(m_pForm->GetSheet());
+        auto* const combo = new VCComboBoxClassic(sheet);
         combo->setObjectName(QString::fromLatin1(description.objectName));
         combo->setToolTip(label);
         combo->SetValueSelection(m_extraValues[extra].get());
-        m_pForm->GetSheet()->InsertWidget(label, QString::fromLatin1(description.field), combo, row++);
+        sheet->InsertWidget(label, QString::fromLatin1(description.field), combo, row++);
     }
 }
 
@@ -557,11 +567,15 @@ void DFLocateSettingsWidget::PublishValues()
 
 void DFLocateSettingsWidget::ExtraValuesChanged(values::ValueBase* /*pValue*/)
 {
-    // Offline, writing these values back is part of an exchange and must not start another one.
-    if (m_pForm == nullptr || (IsOffline() && m_busy))
+    if (m_pForm == nullptr)
         return;
-    runEntry("DFLocateSettingsWidget::ExtraValuesChanged", sourceFile, __LINE__,
-             [this] { m_pForm->GetSheet()->setModified(true); });
+    runEntry("DFLocateSettingsWidget::ExtraValuesChanged", sourceFile, __LINE__, [this] {
+        // Offline, writing these values back is part of an exchange and must not start another one.
+        if (IsOffline() && m_busy)
+            return;
+        if (KT270::PgXmlSheet* const sheet = m_pForm->GetSheet())
+            sheet->setModified(true);
+    });
 }
 
 void DFLocateSettingsWidget::OffsetValueChanged(values::ValueBase* pValue)
@@ -641,7 +655,8 @@ void DFLocateSettingsWidget::sl_propertiesChanged()
         return;
     runEntry("DFLocateSettingsWidget::sl_propertiesChanged", sourceFile, __LINE__, [this] {
         m_pForm->RestoreConfiguration();
-        m_pForm->GetSheet()->EnableInput(true, 0);
+        if (KT270::PgXmlSheet* const sheet = m_pForm->GetSheet())
+            sheet->EnableInput(true, 0);
     });
 }
 
@@ -676,11 +691,14 @@ void DFLocateSettingsWidget::TakeDeviceItems(const SelectionPtr& device, const S
 {
     if (!device || !setting)
         return;
-    setting->StartTransaction(nullptr);
-    setting->DeleteItems(nullptr);
-    setting->AddItemsFrom(*device.get(), nullptr);
     whileAlive(
-        this, [&] { setting->EndTransaction(ItemsChanged); },
+        this,
+        [&] {
+            exchangeItems(*setting.get(), [&](values::ValueSelection& items) {
+                items.DeleteItems(nullptr);
+                items.AddItemsFrom(*device.get(), nullptr);
+            });
+        },
         [&] {
             if (m_pForm != nullptr)
                 m_pForm->InitVTValue(field, setting.get());

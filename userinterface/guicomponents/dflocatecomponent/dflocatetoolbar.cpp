@@ -87,7 +87,8 @@ DFLocateToolBar::DFLocateToolBar(GuiComponentCommon* common, const QString& hand
 
 DFLocateToolBar::~DFLocateToolBar()
 {
-    GuiCentral::Instance()->RemoveHotKeyReceiver(this);
+    runEntry("DFLocateToolBar::~DFLocateToolBar", sourceFile, __LINE__,
+             [this] { GuiCentral::Instance()->RemoveHotKeyReceiver(this); });
     if (m_commandsUnderWay > 0)
         LeaveStartButtonBehind();
 }

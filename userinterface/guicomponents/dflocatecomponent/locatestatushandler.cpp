@@ -143,18 +143,20 @@ bool LocateStatusHandler::IsAnyUsable() const
 
 void LocateStatusHandler::slot_open()
 {
-    if (!m_frequency) {
-        QMessageBox::information(GuiCentral::Instance()->GetMainWidget(), tr("Locate states"), tr("Not yet connected"),
-                                 QMessageBox::Ok);
-        return;
-    }
-    QMessageBox box;
-    box.setWindowTitle(tr("Locate states"));
-    box.setText(buildReport(m_dfStatus, m_hriStatus, m_frequency->GetValue()));
-    if (m_hriUsable && m_dfUsable)
-        box.setIconPixmap(QPixmap(IsAnyUsable() ? onIcon : offIcon));
-    // This object may be gone when the box is closed: nothing may follow.
-    box.exec();
+    runEntry("LocateStatusHandler::slot_open", sourceFile, __LINE__, [this] {
+        if (!m_frequency) {
+            QMessageBox::information(GuiCentral::Instance()->GetMainWidget(), tr("Locate states"),
+                                     tr("Not yet connected"), QMessageBox::Ok);
+            return;
+        }
+        QMessageBox box;
+        box.setWindowTitle(tr("Locate states"));
+        box.setText(buildReport(m_dfStatus, m_hriStatus, m_frequency->GetValue()));
+        if (m_hriUsable && m_dfUsable)
+            box.setIconPixmap(QPixmap(IsAnyUsable() ? onIcon : offIcon));
+        // This object may be gone when the box is closed: nothing may follow.
+        box.exec();
+    });
 }
 
 } // namespace VelmarGui

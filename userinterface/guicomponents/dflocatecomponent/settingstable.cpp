@@ -1,5 +1,7 @@
 #include "settingstable.h"
 
+#include "valuetools.h"
+
 #include "jobxml/df_settings.h"
 
 #include <QStringList>
@@ -61,11 +63,10 @@ public:
 
     void operator()(values::ValueSelection& value) const
     {
-        // One notification for the whole exchange: nobody sees, or fails on, a list half filled.
-        value.StartTransaction(nullptr);
-        value.DeleteItems();
-        m_entry.addItems(value);
-        value.EndTransaction(ItemsChanged);
+        exchangeItems(value, [this](values::ValueSelection& items) {
+            items.DeleteItems();
+            m_entry.addItems(items);
+        });
         value.SelectIndex(m_entry.initial);
     }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "hostcodes.h"
+
 #include "valueframework/valueclasses/valueobservermacros.h"
 
 #include <QString>
@@ -18,6 +20,25 @@ template <typename T>
 {
     const values::SelectionItem* const item = selection.GetCurrentItem();
     return item != nullptr ? item->GetName() : QString();
+}
+
+/// Exchanges the items of @p selection by @p exchange in one transaction: nobody sees, or fails on, a list half filled.
+/// Whatever fails, the transaction ends: one left open would silence the value for ever.
+template <typename Exchange>
+void exchangeItems(values::ValueSelection& selection, Exchange exchange)
+{
+    values::ValuePtr<values::ValueSelection> alive; // whoever is told of the items may delete the value, and then fail
+    alive.Assign(&selection);
+    const bool isNested = selection.IsTransactionActive();
+    selection.StartTransaction(nullptr);
+    try {
+        exchange(selection);
+        selection.EndTransaction(ItemsChanged);
+    } catch (...) {
+        if (alive && !isNested && alive->IsTransactionActive())
+            alive->EndTransaction(ItemsChanged);
+        throw;
+    }
 }
 
 /// True when @p source is the value that @p pointer is bound to. An unbound pointer is bound to nothing, and so not to
