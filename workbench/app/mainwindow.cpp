@@ -142,7 +142,8 @@ void MainWindow::addStatusBar()
 void MainWindow::addToStatusBar(QLabel* label)
 {
     label->setMargin(fontMetrics().averageCharWidth() / 2);
-    label->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    label->setFrameShape(QFrame::StyledPanel);
+    label->setFrameShadow(QFrame::Sunken);
     statusBar()->addPermanentWidget(label);
 }
 
@@ -334,7 +335,7 @@ void MainWindow::addMapEntries()
     remove->setEnabled(false);
     connect(remove, &QAction::triggered, m_mapView->background(), &MapBackground::remove);
     connect(m_mapView->background(), &MapBackground::shownChanged, remove, &QAction::setEnabled);
-    QAction* const first = m_fileMenu->actions().first();
+    QAction* const first = m_fileMenu->actions().constFirst();
     m_fileMenu->insertActions(first, {open, remove});
     m_fileMenu->insertSeparator(first);
 }

@@ -217,7 +217,7 @@ QVariant stored(const std::optional<double>& number)
 /// A null text would be stored as no text.
 QVariant stored(const QString& text)
 {
-    return text.isNull() ? QStringLiteral("") : text;
+    return text.isNull() ? QString(QLatin1String("")) : text;
 }
 
 /// @name What a column of a row holds
