@@ -1,0 +1,116 @@
+// How the cost of one result grows with the number of stations and with the number of component instances: from the
+// driver's first write until everything is painted.
+
+#include "benchmarkmain.h"
+
+#include "dflocatetoolbar.h"
+#include "drivers/providedvalues.h"
+#include "drivers/resultvalues.h"
+#include "guicomponentbase/guicomponentcommon.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QMainWindow>
+
+#include <array>
+#include <memory>
+#include <vector>
+
+using namespace workbench;
+
+namespace {
+
+const QString resultRoot = QStringLiteral("/GUI/DFLocateHandler/Values/Result/");
+
+/// What a network of @p stations measured in a turn; every turn has other bearings, qualities and levels.
+DfResult resultOf(int stations, int turn)
+{
+    DfResult result;
+    result.frequency = 433.92e6;
+    result.date = QDate(2026, 1, 15);
+    result.time = QTime(11, 0, turn);
+    for (int id = 1; id <= stations; ++id) {
+        StationResult& station = result.stations.emplace_back();
+        station.stationId = id;
+        station.stationName = QStringLiteral("Station %1").arg(id);
+        station.position = GeoPosition{47.0 + 0.0001 * id, 6.0 + 0.0001 * id};
+        station.azimuth = (id * 31 + turn * 10) % 3600 / 10.0;
+        station.quality = 40 + (id + turn) % 60;
+        station.level = 20.0 + (id + turn) % 50;
+    }
+    return result;
+}
+
+std::vector<StationInfo> stationsOf(const DfResult& result)
+{
+    std::vector<StationInfo> stations;
+    for (const StationResult& station : result.stations) {
+        StationInfo& info = stations.emplace_back();
+        info.id = station.stationId;
+        info.name = station.stationName;
+    }
+    return stations;
+}
+
+/// A component's toolbar in a main window, with its window of all results open.
+class Instance
+{
+public:
+    Instance()
+        : m_toolbar(new VelmarGui::DFLocateToolBar(&m_common, QStringLiteral("/GUI/DFLocateComponent/")))
+    {
+        m_main.addToolBar(m_toolbar);
+        m_main.resize(1200, 100);
+        m_main.show();
+        auto* const button = m_toolbar->findChild<QAbstractButton*>(QStringLiteral("DetailedResults"));
+        button->setDown(true);
+        emit button->pressed();
+    }
+
+private:
+    VelmarGui::GuiComponentCommon m_common;
+    QMainWindow m_main;
+    VelmarGui::DFLocateToolBar* m_toolbar; // the main window's
+};
+
+void oneResult(benchmark::State& state, int stations, int instances)
+{
+    values::Tree::Instance()->Clear();
+    {
+        const std::array<DfResult, 2> results{resultOf(stations, 0), resultOf(stations, 1)};
+        ProvidedValues provided;
+        ResultValues written(provided, resultRoot, stationsOf(results[0]));
+        const auto write = [&](std::size_t turn) {
+            return written.write(results[turn % 2], 50, GeoPosition{48.1, 11.6});
+        };
+        (void)write(1);
+        std::vector<std::unique_ptr<Instance>> shown;
+        for (int i = 0; i < instances; ++i)
+            shown.push_back(std::make_unique<Instance>());
+        QCoreApplication::processEvents();
+        std::size_t turn = 0;
+        for (auto _ : state) {
+            if (!write(turn++))
+                state.SkipWithError("not written");
+            QCoreApplication::processEvents();
+        }
+    }
+    values::Tree::Instance()->Clear();
+}
+
+void stations(benchmark::State& state)
+{
+    oneResult(state, static_cast<int>(state.range(0)), 1);
+}
+
+void instances(benchmark::State& state)
+{
+    oneResult(state, 10, static_cast<int>(state.range(0)));
+}
+
+BENCHMARK(stations)->RangeMultiplier(10)->Range(10, 10000);
+BENCHMARK(instances)->Arg(1)->Arg(20);
+
+} // namespace
+
+DFL_BENCHMARK_MAIN(QApplication)
