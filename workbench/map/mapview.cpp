@@ -282,13 +282,14 @@ void MapView::exportTo(const QString& file)
 
 std::function<QByteArray()> MapView::contentOf(const QString& suffix) const
 {
-    if (suffix == QLatin1String("png"))
+    if (suffix == QLatin1String("png")) {
         return [picture = m_canvas->viewport()->grab().toImage()] {
             QByteArray bytes;
             QBuffer buffer(&bytes);
             picture.save(&buffer, "PNG");
             return bytes;
         };
+    }
     if (suffix == QLatin1String("svg"))
         return [bytes = svgPicture()] { return bytes; };
     if (suffix == QLatin1String("csv"))
