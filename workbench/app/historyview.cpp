@@ -170,10 +170,9 @@ void HistoryView::showState()
     const std::optional<HistoryFix>& found = m_history->lastFix();
     m_found->setText(found ? foundText(*found) : tr("No position has been computed from stored results yet."));
     const QString trouble = m_history->trouble();
-    m_state->setText(
-        trouble.isEmpty()
-            ? tr("%1: results stored: %2").arg(m_history->file(), QString::number(m_history->storedCount()))
-            : trouble);
+    m_state->setText(trouble.isEmpty() ? tr("%1: results stored since the start: %2")
+                                             .arg(m_history->file(), QString::number(m_history->storedCount()))
+                                       : trouble);
     m_fields->setToolTip(isUsable ? QString() : trouble);
 }
 

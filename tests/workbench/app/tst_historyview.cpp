@@ -210,9 +210,10 @@ void TestHistoryView::whatIsStoredAndFoundIsSaid()
 {
     const Bench bench;
     QCOMPARE(bench.text("HistoryFound"), QStringLiteral("No position has been computed from stored results yet."));
-    QCOMPARE(bench.text("HistoryState"), bench.history->file() + QStringLiteral(": results stored: 0"));
+    QCOMPARE(bench.text("HistoryState"), bench.history->file() + QStringLiteral(": results stored since the start: 0"));
     bench.history->keep(resultAt(noon(), 98.5e6));
-    QTRY_COMPARE(bench.text("HistoryState"), bench.history->file() + QStringLiteral(": results stored: 1"));
+    QTRY_COMPARE(bench.text("HistoryState"),
+                 bench.history->file() + QStringLiteral(": results stored since the start: 1"));
     bench.history->locate(resultAt(noon(), 98.5e6), 0);
     QTRY_COMPARE(bench.text("HistoryFound"), explanation(workbench::NoFix::TooFewBearings));
 
