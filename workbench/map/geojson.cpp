@@ -206,10 +206,11 @@ private:
     Check addCollection(const QJsonValue& geometries, std::vector<GeoShape>& shapes, int depth)
     {
         const QString member = QStringLiteral("geometries");
-        if (depth >= GeoJson::deepestCollection)
+        if (depth >= GeoJson::deepestCollection) {
             return fault(tr("there are more than %1 geometry collections within one another")
                              .arg(GeoJson::deepestCollection))
                 .in(member);
+        }
         const Check check =
             each(geometries, [&](const QJsonValue& geometry) { return addGeometry(geometry, shapes, depth + 1); });
         return check ? check->in(member) : check;
