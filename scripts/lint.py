@@ -20,8 +20,8 @@ from concurrent.futures import ThreadPoolExecutor
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 
-# Paths through one function that the analyzer follows before it turns to the next function. Its own limit, 225000, takes
-# five times as long for the whole; the complete run keeps that.
+# States in one function that the analyzer looks at before it turns to the next function. Its own limit, 225000, takes about
+# five times as long; the complete run keeps that.
 QUICK_ANALYZER_NODES = 50000
 
 FINDING = re.compile(r"\S.*: (warning|error): ")
@@ -29,9 +29,10 @@ SUMMARY = re.compile(r"\d+ (warning|error)|Suppressed \d+ warnings|Use -header-f
 
 
 class Unit:
-    """One source file with the command that compiles it."""
+    """One source file with the command that compiles it in one build."""
 
-    def __init__(self, entry):
+    def __init__(self, build, entry):
+        self.build = build
         self.directory = entry["directory"]
         self.source = pathlib.Path(entry["file"])
         self.command = entry["command"]
@@ -43,15 +44,16 @@ class Unit:
         return str(self.source.relative_to(ROOT))
 
 
-def units(build, with_tests):
-    """The source files of the build, the largest first so that the last to end is a small one."""
+def units(builds, with_tests):
+    """The source files of the builds, the largest first so that the last to end is a small one."""
     found = {}
-    for entry in json.loads((build / "compile_commands.json").read_text()):
-        unit = Unit(entry)
-        is_generated = build in unit.source.parents
-        is_test = (ROOT / "tests") in unit.source.parents
-        if not is_generated and (with_tests or not is_test):
-            found.setdefault(unit.source, unit)
+    for build in builds:
+        for entry in json.loads((build / "compile_commands.json").read_text()):
+            unit = Unit(build, entry)
+            is_generated = build in unit.source.parents
+            is_test = (ROOT / "tests") in unit.source.parents
+            if not is_generated and (with_tests or not is_test):
+                found.setdefault(unit.source, unit)
     return sorted(found.values(), key=lambda unit: -unit.source.stat().st_size)
 
 
@@ -73,16 +75,19 @@ def digest(path):
 
 
 class Linter:
-    def __init__(self, build, complete):
-        self.build = build
-        self.made_of = dependencies(build)
-        self.stamps = build / "lint" / ("complete" if complete else "quick")
+    def __init__(self, builds, complete):
+        self.made_of = {build: dependencies(build) for build in builds}
+        self.stamps = builds[0] / "lint" / ("complete" if complete else "quick")
         self.stamps.mkdir(parents=True, exist_ok=True)
         limit = [] if complete else ["-Xclang", "-analyzer-config", "-Xclang", f"max-nodes={QUICK_ANALYZER_NODES}"]
         self.tools = [
-            ["clang-tidy", "-p", str(build), "--quiet", *(f"--extra-arg={word}" for word in limit)],
+            ["clang-tidy", "--quiet", *(f"--extra-arg={word}" for word in limit)],
             # clang-format has a blank after every comma, which Qt has to take out of the signature of each connect.
-            ["clazy-standalone", "-p", str(build), "--checks=level1,no-connect-not-normalized", f"--header-filter={re.escape(str(ROOT))}/.*"],
+            [
+                "clazy-standalone",
+                "--checks=level1,no-connect-not-normalized",
+                f"--header-filter={re.escape(str(ROOT))}/.*",
+            ],
         ]
         self.rules = hashlib.sha256()
         self.rules.update((ROOT / ".clang-tidy").read_bytes())
@@ -92,11 +97,12 @@ class Linter:
 
     def key(self, unit):
         """Tells all that the findings of the file depend on; nothing when that is not known."""
-        if unit.object not in self.made_of:
+        made_of = self.made_of[unit.build].get(unit.object)
+        if made_of is None:
             return None
         key = self.rules.copy()
         key.update(unit.command.encode())
-        for path in self.made_of[unit.object]:
+        for path in made_of:
             key.update(digest(path.resolve()))
         return key.hexdigest()
 
@@ -108,7 +114,8 @@ class Linter:
             return []
         found = []
         for tool in self.tools:
-            run = subprocess.run([*tool, str(unit.source)], cwd=unit.directory, capture_output=True, text=True)
+            command = [*tool, "-p", str(unit.build), str(unit.source)]
+            run = subprocess.run(command, cwd=unit.directory, capture_output=True, text=True)
             told = split_findings(run.stdout + run.stderr)
             if run.returncode != 0 and not told:
                 told = [f"{unit.name}: {tool[0]} failed\n{run.stdout}{run.stderr}"]
@@ -131,13 +138,14 @@ def split_findings(output):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("build", type=lambda text: pathlib.Path(text).resolve(), help="a folder that was built")
+    folder = lambda text: pathlib.Path(text).resolve()
+    parser.add_argument("builds", nargs="+", type=folder, help="folders that were built")
     parser.add_argument("--all", action="store_true", help="the tests, too, and with the analyzer's full depth")
     options = parser.parse_args()
 
     started = time.monotonic()
-    todo = units(options.build, options.all)
-    linter = Linter(options.build, options.all)
+    todo = units(options.builds, options.all)
+    linter = Linter(options.builds, options.all)
     told = set()
     with ThreadPoolExecutor(len(os.sched_getaffinity(0))) as pool:
         for found in pool.map(linter.findings, todo):
