@@ -56,6 +56,7 @@ bool isCrossedOddly(const std::vector<GeoPosition>& ring, const GeoPosition& pla
         const GeoPosition& b = ring[i];
         const auto [west, east] = std::minmax(a.longitude, b.longitude);
         const double first = place.longitude + 360.0 * std::ceil((west - place.longitude) / 360.0);
+        // A whole turn is far more than rounding can be off. NOLINTNEXTLINE(clang-analyzer-security.FloatLoopCounter)
         for (double longitude = first; longitude < east; longitude += 360.0) {
             const double share = (longitude - a.longitude) / (b.longitude - a.longitude);
             isOdd ^= a.latitude + share * (b.latitude - a.latitude) > place.latitude;
