@@ -1,0 +1,149 @@
+// One result of 100 stations, from the driver's first write until the toolbar and the window with all results are
+// painted, against painting both alone.
+
+#include "benchmarkmain.h"
+
+#include "dflocatetoolbar.h"
+#include "drivers/providedvalues.h"
+#include "drivers/resultvalues.h"
+#include "guicomponentbase/guicomponentcommon.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QMainWindow>
+
+#include <array>
+#include <memory>
+
+using namespace workbench;
+
+namespace {
+
+constexpr int stationCount = 100;
+const QString handlerRoot = QStringLiteral("/GUI/DFLocateHandler/");
+
+/// What the network measured: bearings, qualities and levels are others in every turn.
+DfResult resultOf(int turn)
+{
+    DfResult result;
+    result.frequency = 433.92e6;
+    result.date = QDate(2026, 1, 15);
+    result.time = QTime(11, 0, turn);
+    for (int id = 1; id <= stationCount; ++id) {
+        StationResult station;
+        station.stationId = id;
+        station.stationName = QStringLiteral("Station %1").arg(id);
+        station.position = GeoPosition{47.0 + 0.01 * id, 6.0 + 0.01 * id};
+        station.azimuth = id * 3.1 + turn;
+        station.quality = 40 + (id + turn) % 60;
+        station.level = 20.0 + (id + turn) % 50;
+        station.error = (id + turn) % 10 == 0 ? DfError::Timeout : DfError::None;
+        result.stations.push_back(station);
+    }
+    return result;
+}
+
+std::vector<StationInfo> stationsOf(const DfResult& result)
+{
+    std::vector<StationInfo> stations;
+    for (const StationResult& station : result.stations) {
+        StationInfo& info = stations.emplace_back();
+        info.id = station.stationId;
+        info.name = station.stationName;
+    }
+    return stations;
+}
+
+/// Counts what is painted, so that nothing is measured that was not.
+class PaintCounter : public QObject
+{
+public:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        paints += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+    int paints = 0;
+};
+
+/// The toolbar in a main window and the window with the results of all stations, both shown, as on an operator's
+/// screen.
+class Screen
+{
+public:
+    Screen()
+        : m_results(m_provided, handlerRoot + QStringLiteral("Values/Result/"), stationsOf(results[0]))
+    {
+        write(1);
+        auto* const toolbar = new VelmarGui::DFLocateToolBar(&m_common, QStringLiteral("/GUI/DFLocateComponent/"));
+        m_main.addToolBar(toolbar);
+        m_main.resize(1200, 100);
+        m_main.show();
+        auto* const button = toolbar->findChild<QAbstractButton*>(QStringLiteral("DetailedResults"));
+        button->setDown(true);
+        emit button->pressed();
+        for (QWidget* const window : QApplication::topLevelWidgets()) {
+            if (window->objectName() == QStringLiteral("DetailedResults"))
+                m_window = window;
+        }
+        m_window->resize(900, 700);
+        QCoreApplication::processEvents();
+        toolbar->findChild<QWidget*>(QStringLiteral("LocationFindingTime"))->installEventFilter(&counter);
+        m_window->findChild<QWidget*>(QStringLiteral("qt_scrollarea_viewport"))->installEventFilter(&counter);
+    }
+
+    void write(std::size_t turn) { (void)m_results.write(results[turn % 2], 50, GeoPosition{48.1, 11.6}); }
+    void paintAll()
+    {
+        for (QWidget* const window : {static_cast<QWidget*>(&m_main), m_window}) {
+            window->update();
+            for (QWidget* const child : window->findChildren<QWidget*>())
+                child->update();
+        }
+    }
+
+    const std::array<DfResult, 2> results{resultOf(0), resultOf(1)};
+    PaintCounter counter;
+
+private:
+    VelmarGui::GuiComponentCommon m_common;
+    ProvidedValues m_provided;
+    ResultValues m_results;
+    QMainWindow m_main;
+    QWidget* m_window = nullptr;
+};
+
+template <typename Change>
+void measure(benchmark::State& state, Change change)
+{
+    values::Tree::Instance()->Clear();
+    {
+        Screen screen;
+        std::size_t turn = 0;
+        screen.counter.paints = 0;
+        for (auto _ : state) {
+            change(screen, turn++);
+            QCoreApplication::processEvents();
+        }
+        if (screen.counter.paints < 2 * static_cast<int>(turn))
+            state.SkipWithError("not everything was painted");
+    }
+    values::Tree::Instance()->Clear();
+}
+
+void writtenAndPainted(benchmark::State& state)
+{
+    measure(state, [](Screen& screen, std::size_t turn) { screen.write(turn); });
+}
+
+void paintedAlone(benchmark::State& state)
+{
+    measure(state, [](Screen& screen, std::size_t /*turn*/) { screen.paintAll(); });
+}
+
+BENCHMARK(writtenAndPainted);
+BENCHMARK(paintedAlone);
+
+} // namespace
+
+DFL_BENCHMARK_MAIN(QApplication)

@@ -1,0 +1,98 @@
+// The report on stations and services, opened and painted, against a bare message box that shows the same text.
+
+#include "benchmarkmain.h"
+
+#include "guicomponentbase/guicomponentcommon.h"
+#include "locatestatushandler.h"
+#include "valueframework/tree.h"
+#include "valueframework/valueclasses/valueobservermacros.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QWidget>
+
+using namespace VelmarGui;
+
+namespace {
+
+QString statusText(int stations)
+{
+    QStringList tokens;
+    for (int i = 1; i <= stations; ++i) {
+        tokens << QStringLiteral("DFID%1").arg(i) << QStringLiteral("N_Station %1").arg(i) << QStringLiteral("ST49")
+               << QStringLiteral("FB20000000") << QStringLiteral("FE3000000000");
+    }
+    return tokens.join(QLatin1Char('#'));
+}
+
+/// Closes every message box once it has been painted, and keeps its text.
+class BoxCloser : public QObject
+{
+public:
+    BoxCloser() { qApp->installEventFilter(this); }
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() != QEvent::Paint)
+            return false;
+        auto* const box = qobject_cast<QMessageBox*>(watched);
+        if (box != nullptr) {
+            text = box->text();
+            QMetaObject::invokeMethod(box, "reject", Qt::QueuedConnection);
+        }
+        return false;
+    }
+    QString text;
+};
+
+/// Two services with @p stations stations each.
+struct Display
+{
+    GuiComponentCommon common;
+    QWidget parent;
+    LocateStatusHandler handler{&parent, &common, QStringLiteral("/C/"), QStringLiteral("/H/")};
+
+    explicit Display(int stations)
+    {
+        const QString text = statusText(stations);
+        values::CreateOrLink<values::StringValue>(QStringLiteral("/H/Values/Status/LocateStatus"))
+            ->SetValue(text, nullptr);
+        values::CreateOrLink<values::StringValue>(QStringLiteral("/DRV/DRIVER/DFLOCATE/LocateHRIStatus"))
+            ->SetValue(text, nullptr);
+        values::CreateOrLink<values::DoubleValue>(QStringLiteral("/GLOBAL/Frequency"))->SetValue(100e6, nullptr);
+        handler.SetUpValues();
+    }
+    ~Display() { values::Tree::Instance()->Clear(); }
+    Display(const Display&) = delete;
+    Display& operator=(const Display&) = delete;
+
+    void open() { QMetaObject::invokeMethod(&handler, "slot_open", Qt::DirectConnection); }
+};
+
+void report(benchmark::State& state)
+{
+    Display display(static_cast<int>(state.range(0)));
+    const BoxCloser closer;
+    for (auto _ : state)
+        display.open();
+}
+
+void bareBox(benchmark::State& state)
+{
+    BoxCloser closer;
+    Display(static_cast<int>(state.range(0))).open();
+    const QString text = closer.text;
+    for (auto _ : state) {
+        QMessageBox box;
+        box.setWindowTitle(QStringLiteral("Locate states"));
+        box.setText(text);
+        box.setIconPixmap(QPixmap(QStringLiteral(":/icons/On")));
+        box.exec();
+    }
+}
+
+BENCHMARK(report)->Arg(10)->Arg(1000);
+BENCHMARK(bareBox)->Arg(10)->Arg(1000);
+
+} // namespace
+
+DFL_BENCHMARK_MAIN(QApplication)
