@@ -4,6 +4,10 @@
 #include "app/application.h"
 #include "app/mainwindow.h"
 #include "app/session.h"
+#include "map/mapcanvas.h"
+#include "map/mapitems.h"
+#include "map/mapscene.h"
+#include "map/mapview.h"
 #include "support/recordingobserver.h"
 #include "support/testmain.h"
 #include "valueframework/valueclasses/valueobservermacros.h"
@@ -16,6 +20,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QScreen>
+#include <QTableView>
 #include <QTableWidget>
 #include <QTimer>
 #include <QToolBar>
@@ -50,11 +55,15 @@ void press(const QString& keys)
     operate({"key", "--clearmodifiers", keys});
 }
 
-void click(QWidget* widget, int button = 1)
+void clickAt(const QWidget* widget, const QPoint& place)
 {
-    const QPoint centre = widget->mapToGlobal(widget->rect().center());
-    operate({"mousemove", "--sync", QString::number(centre.x()), QString::number(centre.y()), "click",
-             QString::number(button)});
+    const QPoint onScreen = widget->mapToGlobal(place);
+    operate({"mousemove", "--sync", QString::number(onScreen.x()), QString::number(onScreen.y()), "click", "1"});
+}
+
+void click(const QWidget* widget)
+{
+    clickAt(widget, widget->rect().center());
 }
 
 /// Keeps a picture of the whole screen among the artefacts of the build.
@@ -110,6 +119,79 @@ private slots:
         const QString local = Brix::DateTime::fromString(time->GetValue()).toString(Brix::DateTime::Local_TimeZone);
         QCOMPARE(label("LocationFindingTime"), local.mid(11));
         keepScreenshot("2-single-df");
+    }
+
+    void theMapShowsTheBearingsTheFixAndItsEllipse()
+    {
+        const auto* stations = handlerValue<values::ValueSelection>("Values/Result/SelectedDF");
+        QTRY_COMPARE(int(items<workbench::BearingItem>().size()), stations->GetItemCount());
+        QCOMPARE(int(items<workbench::StationItem>().size()), stations->GetItemCount());
+        const auto fixes = items<workbench::FixItem>();
+        QCOMPARE(fixes.size(), std::size_t(1));
+        QCOMPARE(items<workbench::EllipseItem>().size(), std::size_t(1));
+        // The position that the driver publishes and the one on the map are the same.
+        const double latitude = handlerValue<values::DoubleValue>("Values/Result/AveragePositionLatitude")->GetValue();
+        const double longitude =
+            handlerValue<values::DoubleValue>("Values/Result/AveragePositionLongitude")->GetValue();
+        const QPointF published = map().scene()->projection().toMap({latitude, longitude});
+        QVERIFY(QLineF(fixes[0]->pos(), published).length() < 1.0);
+        for (const workbench::StationItem* station : items<workbench::StationItem>())
+            QVERIFY(isInSight(station->pos()));
+        QVERIFY(isInSight(fixes[0]->pos()));
+        keepScreenshot("2-map");
+    }
+
+    void aBearingPickedInTheTableIsMarkedOnTheMap()
+    {
+        const QTableView* table = map().table();
+        for (const int row : {1, 2}) {
+            const QModelIndex cell = table->model()->index(row, workbench::MapModel::BearingColumn);
+            clickAt(table->viewport(), table->visualRect(cell).center());
+            const int id = map().model()->stations()[std::size_t(row)].id;
+            QTRY_COMPARE(map().scene()->marked(), std::optional<int>(id));
+            for (const workbench::BearingItem* bearing : items<workbench::BearingItem>())
+                QCOMPARE(bearing->isMarked(), bearing->stationId() == id);
+            for (const workbench::StationItem* station : items<workbench::StationItem>())
+                QCOMPARE(station->isMarked(), station->stationId() == id);
+        }
+        keepScreenshot("2-map-picked");
+    }
+
+    void aBearingExcludedByAClickLeavesTheFixAtOnce()
+    {
+        const QPointF before = items<workbench::FixItem>().at(0)->pos();
+        const QString size = items<workbench::FixItem>().at(0)->text();
+        const workbench::MapStation& station = map().model()->stations().at(1);
+        QCOMPARE(workbench::useText(station.use), QString("used"));
+        clickAt(map().table()->viewport(), checkBox(1).center());
+        QTRY_VERIFY(map().model()->station(station.id)->excluded);
+        const auto fixes = items<workbench::FixItem>();
+        QCOMPARE(fixes.size(), std::size_t(1));
+        QVERIFY(QLineF(fixes[0]->pos(), before).length() > 1.0);
+        QVERIFY(fixes[0]->text() != size);
+        for (const workbench::BearingItem* bearing : items<workbench::BearingItem>())
+            QCOMPARE(bearing->pen().style() == Qt::DotLine, bearing->stationId() == station.id);
+        keepScreenshot("2-map-excluded");
+        // By keys: another click there could count as the second of a double one.
+        const QRect name = map().table()->visualRect(map().model()->index(1, workbench::MapModel::StationColumn));
+        clickAt(map().table()->viewport(), {name.right() - 10, name.center().y()});
+        QTRY_COMPARE(map().scene()->marked(), std::optional<int>(station.id));
+        press("space");
+        QTRY_VERIFY(!map().model()->station(station.id)->excluded);
+        QVERIFY(QLineF(items<workbench::FixItem>().at(0)->pos(), before).length() < 1e-3);
+    }
+
+    void theWheelAndTheKeysZoomTheMap()
+    {
+        workbench::MapCanvas* canvas = map().canvas();
+        const double before = canvas->metresPerPixel();
+        const QPoint place = canvas->viewport()->mapToGlobal(canvas->viewport()->rect().center());
+        operate({"mousemove", "--sync", QString::number(place.x()), QString::number(place.y()), "click", "4"});
+        QTRY_VERIFY(canvas->metresPerPixel() < 0.9 * before);
+        clickAt(canvas->viewport(), {30, 60}); // takes the focus
+        QTRY_VERIFY(canvas->hasFocus());
+        press("f");
+        QTRY_COMPARE(canvas->metresPerPixel(), before);
     }
 
     void theSameKeysAgainStartAnotherDf()
@@ -212,6 +294,43 @@ private slots:
     }
 
 private:
+    [[nodiscard]] workbench::MapView& map() const { return *m_window->mapView(); }
+
+    /// The visible ones on the map; of bearings those of the latest result.
+    template <typename Item>
+    [[nodiscard]] std::vector<Item*> items() const
+    {
+        std::vector<Item*> found;
+        for (QGraphicsItem* item : map().scene()->items()) {
+            auto* candidate = qgraphicsitem_cast<Item*>(item);
+            if (candidate == nullptr || !candidate->isVisible())
+                continue;
+            if constexpr (std::is_same_v<Item, workbench::BearingItem>) {
+                if (!candidate->isLatest())
+                    continue;
+            }
+            found.push_back(candidate);
+        }
+        return found;
+    }
+
+    [[nodiscard]] bool isInSight(const QPointF& place) const
+    {
+        const workbench::MapCanvas* canvas = map().canvas();
+        return canvas->viewport()->rect().contains(canvas->mapFromScene(place));
+    }
+
+    /// Where the check box of a station's row is.
+    [[nodiscard]] QRect checkBox(int row) const
+    {
+        const QTableView* table = map().table();
+        QStyleOptionViewItem option;
+        option.initFrom(table);
+        option.rect = table->visualRect(table->model()->index(row, workbench::MapModel::StationColumn));
+        option.features = QStyleOptionViewItem::HasCheckIndicator | QStyleOptionViewItem::HasDisplay;
+        return table->style()->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, table);
+    }
+
     [[nodiscard]] QString label(const char* objectName) const
     {
         const auto* shown = m_toolBar->findChild<QLabel*>(objectName);
