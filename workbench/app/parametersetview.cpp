@@ -248,11 +248,12 @@ void ParameterSetView::save()
         return;
     start([store = m_store, name] { return store.Contains(name); },
           [this, name](bool isTaken) {
-              if (isTaken)
+              if (isTaken) {
                   ask(tr("There is a parameter set \"%1\" already. Replace it?").arg(name), tr("&Replace"),
                       &ParameterSetView::saveAs, name);
-              else
+              } else {
                   saveAs(name);
+              }
           });
 }
 

@@ -242,10 +242,11 @@ QByteArray mapexport::geoJson(const MapSnapshot& map, double lineLength)
 {
     QJsonArray features;
     for (const MapStation& station : map.stations) {
-        if (station.position)
+        if (station.position) {
             features += feature(pointGeometry(*station.position), {{QStringLiteral("kind"), QStringLiteral("station")},
                                                                    {QStringLiteral("id"), station.id},
                                                                    {QStringLiteral("name"), station.name}});
+        }
     }
     for (const MapStation& station : map.stations) {
         if (station.hasLine())
