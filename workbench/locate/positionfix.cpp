@@ -66,6 +66,26 @@ Lines linesOf(const std::vector<Bearing>& bearings)
     return lines;
 }
 
+/// The least of the numbers that were added, as many as there are descents.
+class LeastOnes
+{
+public:
+    LeastOnes() { m_numbers.fill(std::numeric_limits<double>::infinity()); }
+    /// Infinite as long as there are fewer numbers than descents.
+    [[nodiscard]] double greatest() const { return m_numbers.back(); }
+    void add(double number)
+    {
+        const auto place = std::upper_bound(m_numbers.begin(), m_numbers.end(), number);
+        if (place == m_numbers.end())
+            return;
+        std::copy_backward(place, m_numbers.end() - 1, m_numbers.end());
+        *place = number;
+    }
+
+private:
+    std::array<double, mostDescents> m_numbers; // ascending
+};
+
 /// The crossings of all pairs of lines, or of an even sample of them when there are many.
 Starts crossingsOf(const SphereLines& lines)
 {
@@ -74,6 +94,7 @@ Starts crossingsOf(const SphereLines& lines)
     const std::size_t sample = std::min(pairs, mostCrossings);
 
     Starts starts;
+    LeastOnes leastOnes;
     std::size_t first = 0;
     std::size_t pairsBefore = 0; // those of lines before the first
     for (std::size_t i = 0; i < sample; ++i) {
@@ -86,7 +107,9 @@ Starts crossingsOf(const SphereLines& lines)
         Start& start = starts.places[starts.count];
         switch (lines.crossing(first, second, start.position)) {
         case Crossing::InFront:
-            start.chiSquare = lines.chiSquare(start.position);
+            // How far behind the best ones it is does not matter.
+            start.chiSquare = lines.chiSquare(start.position, leastOnes.greatest());
+            leastOnes.add(start.chiSquare);
             ++starts.count;
             break;
         case Crossing::Behind:
@@ -154,7 +177,7 @@ std::optional<std::size_t> betterStation(const SphereLines& lines, const Minima&
     }
     std::optional<std::size_t> better;
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        const double chiSquare = lines.chiSquareAtStation(i);
+        const double chiSquare = lines.chiSquareAtStation(i, least);
         if (chiSquare < least) {
             least = chiSquare;
             better = i;

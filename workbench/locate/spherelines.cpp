@@ -125,17 +125,19 @@ double SphereLines::Line::residual(const Vector& position) const
     return -std::atan2(dot(position, right), dot(position, ahead)) / sigma;
 }
 
-double SphereLines::chiSquare(const Vector& position) const
+double SphereLines::chiSquare(const Vector& position, double most) const
 {
     double sum = 0.0;
     for (const Line& line : m_lines) {
         const double residual = line.residual(position);
         sum += residual * residual;
+        if (sum > most)
+            break;
     }
     return sum;
 }
 
-double SphereLines::chiSquareAtStation(std::size_t line) const
+double SphereLines::chiSquareAtStation(std::size_t line, double most) const
 {
     const Vector& position = m_lines[line].station;
     double sum = 0.0;
@@ -143,6 +145,8 @@ double SphereLines::chiSquareAtStation(std::size_t line) const
         if (length(other.station - position) > centimetre) {
             const double residual = other.residual(position);
             sum += residual * residual;
+            if (sum > most)
+                break;
         }
     }
     return sum;

@@ -3,6 +3,7 @@
 #include "locate/geoposition.h"
 #include "locate/normalequations.h"
 
+#include <limits>
 #include <vector>
 
 namespace workbench::locate {
@@ -46,11 +47,12 @@ public:
     /// The crossing of two of the lines, the nearer of the two that great circles have. @p position is set when it is
     /// in front.
     [[nodiscard]] Crossing crossing(std::size_t first, std::size_t second, Vector& position) const;
-    [[nodiscard]] double chiSquare(const Vector& position) const;
+    /// Where it exceeds @p most, the walk over the lines ends there, with a value above @p most.
+    [[nodiscard]] double chiSquare(const Vector& position, double most = std::numeric_limits<double>::infinity()) const;
     [[nodiscard]] const Vector& station(std::size_t line) const { return m_lines[line].station; }
     /// What chi-square comes down to along the bearing of the line towards its own station: that of the bearings from
-    /// elsewhere.
-    [[nodiscard]] double chiSquareAtStation(std::size_t line) const;
+    /// elsewhere. Ends early like chiSquare().
+    [[nodiscard]] double chiSquareAtStation(std::size_t line, double most) const;
 
     [[nodiscard]] NormalEquations equations(const Vector& position) const;
     [[nodiscard]] static Vector moved(const Vector& position, const Step& step);

@@ -7,6 +7,8 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <functional>
+#include <limits>
 #include <new>
 
 using namespace workbench::locate;
@@ -109,6 +111,33 @@ private slots:
             const double nearer = azimuthTo(station, EllipsoidLines::moved(position, direction.scaled(-step)));
             const double numerical = std::remainder(further - nearer, 360.0) * degree / (2.0 * step);
             COMPARE_NEAR(equations.gain(direction), numerical, 1e-5 / sight.reducedLength);
+        }
+    }
+
+    void chiSquareThatEndsEarlyIsAboveItsLimit()
+    {
+        workbench::NoiseGenerator random(13);
+        SphereLines lines;
+        for (int i = 0; i < 20; ++i) {
+            const double azimuth = 360.0 * random.uniform();
+            lines.add({180.0 * random.uniform() - 90.0, 360.0 * random.uniform()}, azimuth, 0.1);
+        }
+        using ChiSquare = std::function<double(std::size_t, double)>;
+        const auto atStation = [&lines](std::size_t station, double most) {
+            return lines.chiSquareAtStation(station, most);
+        };
+        const auto atPosition = [&lines](std::size_t station, double most) {
+            return lines.chiSquare(lines.station(station), most);
+        };
+        for (std::size_t station = 0; station < lines.size(); ++station) {
+            for (const ChiSquare& chiSquare : {ChiSquare(atStation), ChiSquare(atPosition)}) {
+                const double whole = chiSquare(station, std::numeric_limits<double>::infinity());
+                QCOMPARE(chiSquare(station, whole), whole);
+                const double part = chiSquare(station, whole / 2.0);
+                QVERIFY(part > whole / 2.0);
+                QVERIFY(part <= whole);
+                QVERIFY(chiSquare(station, 0.0) < whole / 2.0);
+            }
         }
     }
 
