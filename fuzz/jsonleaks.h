@@ -16,7 +16,7 @@ public:
     explicit JsonLeaks(const QByteArray& json)
     {
         __lsan_disable();
-        if (QJsonDocument::fromJson(json).isNull() || workbench::JsonLines(json).duplicates().empty())
+        if (!QJsonDocument::fromJson(json).isNull() && workbench::JsonLines(json).duplicates().empty())
             enable();
     }
     ~JsonLeaks()
