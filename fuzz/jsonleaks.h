@@ -8,8 +8,9 @@
 
 namespace fuzzing {
 
-/// Of a member that an object has twice Qt's JSON parser loses the first value for ever, if that is an object or array:
-/// for such an input leaks are not looked for while this lives.
+/// Of a member that an object has twice Qt's JSON parser loses the first value for ever, if that is an object or array.
+/// While this lives leaks are not looked for with such an input, nor with one that is no JSON, of which nobody can
+/// tell.
 class JsonLeaks
 {
 public:
