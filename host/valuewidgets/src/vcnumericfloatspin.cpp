@@ -416,3 +416,12 @@ void VCNumericFloatSpin::focusOutEvent(QFocusEvent* event)
     if (self)
         QDoubleSpinBox::focusOutEvent(event);
 }
+
+void VCNumericFloatSpin::hideEvent(QHideEvent* event)
+{
+    // The base class ends an edit, too, but shows the number of before it, which may not be the value's any more.
+    const QPointer<VCNumericFloatSpin> self(this);
+    d->FinishEditing();
+    if (self)
+        QDoubleSpinBox::hideEvent(event);
+}

@@ -294,6 +294,24 @@ private slots:
         QCOMPARE(observer.codes, (Codes{ChangeContent, ChangeExternal}));
     }
 
+    void hidingTheFieldFinishesAnEditAsLeavingItDoes()
+    {
+        type(*spin, "75");
+        spin->hide();
+        QCOMPARE(level->GetValue(), 75);
+        QCOMPARE(shownText(*spin), QStringLiteral("75"));
+    }
+
+    void hidingTheFieldAfterAnEditWithoutAChangeShowsTheLatestValue()
+    {
+        type(*spin, "30");
+        level->SetValue(44, nullptr);
+        QCOMPARE(shownText(*spin), QStringLiteral("30"));
+        spin->hide();
+        QCOMPARE(level->GetValue(), 44);
+        QCOMPARE(shownText(*spin), QStringLiteral("44"));
+    }
+
     void leavingWithoutAChangeWritesNothing()
     {
         RecordingObserver observer;
