@@ -1,7 +1,5 @@
 #include "formtext.h"
 
-#include "kt270/pgxmlparser.h"
-
 #include <QStringList>
 #include <QXmlStreamReader>
 
@@ -10,6 +8,10 @@ namespace KT270 {
 namespace {
 
 constexpr int maxLevels = 32;
+
+// A hundred times what forms need. The parser's time grows with the square of the number of attributes: texts that are
+// as long as a description may be would hold up the GUI thread for minutes.
+constexpr int maxCharacters = 65536;
 
 class FormTextReader
 {
@@ -83,7 +85,7 @@ private:
 
 std::optional<FormText> readFormText(const QString& xml, const QString& root, const QSet<QString>& fields)
 {
-    if (xml.size() > PgXmlParser::MaxSize)
+    if (xml.size() > maxCharacters)
         return std::nullopt;
     return FormTextReader(xml, root, fields).Read();
 }

@@ -77,7 +77,7 @@ public:
     /// the form does not know are ignored and not kept; a field without element, or with a content that it cannot take
     /// (no number, out of limits, no item), stays as it is. An item's text need only match in the first four
     /// characters. False, with nothing changed, when the text is not well-formed, has another root, a document type
-    /// declaration, a field twice, more than 32 levels or more than PgXmlParser::MaxSize characters.
+    /// declaration, a field twice, more than 32 levels or more than 65536 characters.
     bool SetXmlString(const QString& xml);
 
     /// The contents of all enabled fields, compact, in the order of the description. A selection without current item
