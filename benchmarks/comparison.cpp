@@ -101,7 +101,8 @@ std::vector<Goal> readGoals(const QString& text)
 {
     std::vector<Goal> goals;
     int lineNumber = 0;
-    for (const QString& line : text.split(QLatin1Char('\n'))) {
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    for (const QString& line : lines) {
         ++lineNumber;
         const QString content = line.trimmed();
         if (!content.isEmpty() && !content.startsWith(QLatin1Char('#')))
@@ -113,9 +114,11 @@ std::vector<Goal> readGoals(const QString& text)
 Run::Run(const QByteArray& json)
 {
     const QJsonDocument document = QJsonDocument::fromJson(json);
-    if (!document.object().value(QLatin1String("benchmarks")).isArray())
+    const QJsonValue entries = document.object().value(QLatin1String("benchmarks"));
+    if (!entries.isArray())
         fail(QStringLiteral("Not the output of a benchmark program"));
-    for (const QJsonValue entry : document.object().value(QLatin1String("benchmarks")).toArray()) {
+    const QJsonArray array = entries.toArray();
+    for (const QJsonValue& entry : array) {
         const QJsonObject repetition = entry.toObject();
         const bool isAggregate = repetition.value(QLatin1String("run_type")) != QLatin1String("iteration");
         if (!isAggregate && !repetition.value(QLatin1String("error_occurred")).toBool())

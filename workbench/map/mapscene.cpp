@@ -196,12 +196,13 @@ void MapScene::refreshLooks()
         const MapStation& station = *m_model.station(item->stationId());
         const bool isUsed =
             station.use == MapUse::Used || station.use == MapUse::AtFix || station.use == MapUse::Compared;
-        if (!item->isLatest())
+        if (!item->isLatest()) {
             item->setLook(MapUse::Used, m_colors.unused, false);
-        else
+        } else {
             item->setLook(station.use,
                           isUsed ? m_colors.ofQuality(station.quality, m_model.qualityThreshold()) : m_colors.unused,
                           m_marked == item->stationId());
+        }
     }
     m_background->setColors(m_colors);
     m_fix->setColors(m_colors.fix, m_colors.text, m_colors.ground);
