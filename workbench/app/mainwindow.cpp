@@ -285,8 +285,8 @@ void MainWindow::follow(Session& session)
     addMap(*driver);
     m_driverName->setText(driver->source().name());
     connect(driver, &DfDriver::resultPublished, this, &MainWindow::showResult);
-    connect(driver, &DfDriver::measurementFailed, this, &MainWindow::showMessage);
-    connect(driver, &DfDriver::settingsRefused, this, &MainWindow::showMessage);
+    connect(driver, &DfDriver::measurementFailed, this, &MainWindow::showMeasuringFailure);
+    connect(driver, &DfDriver::settingsRefused, this, &MainWindow::showMeasuringFailure);
 }
 
 void MainWindow::addDeviceMenu(DfDriver& driver)
@@ -418,6 +418,14 @@ void MainWindow::showMessage(const QString& text)
 {
     statusBar()->showMessage(text);
     statusBar()->setToolTip(text); // the bar may be too short for it
+    m_messageEndsWithResult = false;
+}
+
+/// The next result shows that it is over.
+void MainWindow::showMeasuringFailure(const QString& text)
+{
+    showMessage(text);
+    m_messageEndsWithResult = true;
 }
 
 void MainWindow::showResult(const DfResult& result)
@@ -432,8 +440,9 @@ void MainWindow::showResult(const DfResult& result)
                               .arg(time)
                               .arg(bearings)
                               .arg(result.stations.size()));
-    statusBar()->clearMessage();
-    statusBar()->setToolTip(QString());
+    // What came of a file is still to be read in the middle of cyclic measuring.
+    if (m_messageEndsWithResult)
+        showMessage(QString());
 }
 
 // Dialogs are opened, not executed: a dialog that waits in a function would outlive a window that is closed meanwhile.

@@ -80,6 +80,7 @@ private:
     void saveScreenshotAs();
     void showHotKeys();
     void showAbout();
+    void showMeasuringFailure(const QString& text);
     void showResult(const DfResult& result);
     [[nodiscard]] QWidget* textPanel(const QString& objectName, const QString& text) const;
 
@@ -98,6 +99,7 @@ private:
     QMenu* m_helpMenu = nullptr;
     QString m_toolBarObstacle; // why nothing can be done in the toolbar; empty: it can
     int m_resultCount = 0;
+    bool m_messageEndsWithResult = false;
     bool m_docksAreSized = false;
 };
 

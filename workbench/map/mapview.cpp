@@ -91,7 +91,7 @@ void MapView::buildTable()
     m_table->verticalHeader()->hide();
     m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() * 3 / 2);
     m_table->horizontalHeader()->setHighlightSections(false);
-    m_table->horizontalHeader()->setStretchLastSection(true);
+    m_table->horizontalHeader()->setSectionResizeMode(MapModel::UseColumn, QHeaderView::Stretch);
     const int letter = m_table->fontMetrics().averageCharWidth();
     m_table->setColumnWidth(MapModel::StationColumn, 18 * letter);
     for (const int column : {MapModel::BearingColumn, MapModel::QualityColumn, MapModel::ResidualColumn})

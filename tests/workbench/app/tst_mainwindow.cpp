@@ -193,10 +193,10 @@ void TestMainWindow::theDriverAndTheLastResultAreShown()
     window.follow(session);
     QCOMPARE(labelText(window, "DriverName"), QStringLiteral("Fake network"));
     QCOMPARE(labelText(window, "LastResult"), QStringLiteral("No result yet"));
-    window.showMessage("old");
+    window.showMessage("A file is saved.");
     emit session.driver()->resultPublished(FakeSource::result());
     QCOMPARE(labelText(window, "LastResult"), QStringLiteral("Result 1: 07:08:09 UTC, 1 of 2 stations with a bearing"));
-    QCOMPARE(window.statusBar()->currentMessage(), QString());
+    QCOMPARE(window.statusBar()->currentMessage(), QStringLiteral("A file is saved."));
     workbench::DfResult untimed = FakeSource::result();
     untimed.time = QTime();
     emit session.driver()->resultPublished(untimed);
@@ -211,6 +211,9 @@ void TestMainWindow::aFailedMeasurementIsShown()
     startComponent(session, window);
     session.toolBar()->findChild<QToolButton*>("DFStarter")->click();
     QTRY_COMPARE(window.statusBar()->currentMessage(), QStringLiteral("The network is down."));
+    emit session.driver()->resultPublished(FakeSource::result());
+    QCOMPARE(window.statusBar()->currentMessage(), QString());
+    QCOMPARE(window.statusBar()->toolTip(), QString());
 }
 
 void TestMainWindow::offlineIsShown()

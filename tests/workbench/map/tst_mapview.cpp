@@ -13,9 +13,11 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSemaphore>
 #include <QTableView>
 #include <QXmlStreamReader>
@@ -497,6 +499,16 @@ private slots:
             QVERIFY(bench.isInSight(item->pos()));
         }
         QVERIFY(!bench.view.grab().isNull());
+    }
+
+    void theTableNeedsNoScrollBarToTheSide()
+    {
+        Bench bench(fourStations());
+        bench.view.resize(1200, 700);
+        QTRY_COMPARE(bench.view.table()->horizontalHeader()->length(), bench.view.table()->viewport()->width());
+        bench.view.resize(1000, 700);
+        QTRY_COMPARE(bench.view.table()->horizontalHeader()->length(), bench.view.table()->viewport()->width());
+        QVERIFY(!bench.view.table()->horizontalScrollBar()->isVisible());
     }
 
     void aStationsNameIsCutAndHasNoControlCharacters()
