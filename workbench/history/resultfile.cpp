@@ -449,6 +449,7 @@ void ResultFile::prepareSchema()
             execute(on, statement);
         execute(on, qPrintable(QStringLiteral("PRAGMA application_id = %1").arg(applicationId)));
         execute(on, qPrintable(QStringLiteral("PRAGMA user_version = %1").arg(schemaVersion)));
+        transaction.commit();
     } else if (owner != applicationId) {
         throw Failure{QStringLiteral("it is a database of another program")};
     } else if (version != schemaVersion) {
@@ -456,7 +457,7 @@ void ResultFile::prepareSchema()
                           .arg(version)
                           .arg(schemaVersion)};
     }
-    transaction.commit();
+    // A store is not committed: even if nothing has changed SQLite would mend the header of a file that is damaged.
 }
 
 /// Before anything is written to it: what is damaged must not get worse.

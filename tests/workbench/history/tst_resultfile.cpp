@@ -582,6 +582,19 @@ private slots:
         QCOMPARE(contentOf(path()), content);
     }
 
+    /// Even a transaction that changes nothing would correct the header.
+    void aFileOfAnotherLengthThanItsHeaderKnowsIsRefusedAndStaysAsItIs()
+    {
+        fill(3);
+        QByteArray content = contentOf(path());
+        constexpr int lastByteOfVersion = 95; // of the program that wrote the length into the header
+        content[lastByteOfVersion] = static_cast<char>(content[lastByteOfVersion] + 1);
+        write(content + QByteArray(4096, 'x'));
+        const QString sentence = sentenceOf([&] { ResultFile(path(), {}); });
+        QVERIFY2(sentence.startsWith(refusal("it is damaged: ")), qPrintable(sentence));
+        QCOMPARE(contentOf(path()), content + QByteArray(4096, 'x'));
+    }
+
     void aFileThatIsNoDatabaseIsRefusedAndStaysAsItIs()
     {
         for (int lines : {1, 100}) {
