@@ -60,6 +60,7 @@ protected:
 
 private:
     void ShowItems();
+    [[nodiscard]] bool ShowsItems() const;
     void ShowCurrent();
 
     VCComboBoxClassic& m_comboBox;
@@ -83,14 +84,33 @@ void VCComboBoxClassic::Private::ShowEverything()
 
 void VCComboBoxClassic::Private::ShowItems()
 {
-    m_comboBox.clear();
-    if (const values::ValueSelection* const selection = Selection()) {
-        for (int i = 0; i < selection->GetItemCount(); ++i) {
-            const values::SelectionItem* const item = selection->GetItem(i);
-            m_comboBox.addItem(shownText(*selection, *item), item->GetKey());
+    if (!ShowsItems()) {
+        m_comboBox.clear();
+        if (const values::ValueSelection* const selection = Selection()) {
+            for (int i = 0; i < selection->GetItemCount(); ++i) {
+                const values::SelectionItem* const item = selection->GetItem(i);
+                m_comboBox.addItem(shownText(*selection, *item), item->GetKey());
+            }
         }
     }
     ShowCurrent();
+}
+
+/// Most lists that are announced are those of before: drivers write them anew with every result, and a list that is
+/// filled has to be laid out again.
+bool VCComboBoxClassic::Private::ShowsItems() const
+{
+    const values::ValueSelection* const selection = Selection();
+    const int count = selection != nullptr ? selection->GetItemCount() : 0;
+    if (m_comboBox.count() != count)
+        return false;
+    for (int i = 0; i < count; ++i) {
+        const values::SelectionItem* const item = selection->GetItem(i);
+        if (m_comboBox.itemData(i) != QVariant(item->GetKey()) ||
+            m_comboBox.itemText(i) != shownText(*selection, *item))
+            return false;
+    }
+    return true;
 }
 
 void VCComboBoxClassic::Private::ShowCurrent()

@@ -8,6 +8,7 @@
 #include "ztbase/observation.h"
 
 #include <QAbstractItemView>
+#include <QSignalSpy>
 #include <QTranslator>
 #include <QUndoStack>
 #include <QWheelEvent>
@@ -127,6 +128,40 @@ private slots:
         QCOMPARE(comboBox->currentText(), "Continuous");
     }
 
+    void itsListIsFilledOnlyWithOtherItems()
+    {
+        QSignalSpy inserted(comboBox->model(), &QAbstractItemModel::rowsInserted);
+        mode->HasChanged(ChangeItems, nullptr);
+        {
+            const values::ValueTransaction transaction = mode->CreateTransaction({ChangeItems}, nullptr);
+            values::ValueSelection copy;
+            copy.AddItemsFrom(*mode);
+            const int key = mode->GetCurrentKey();
+            mode->DeleteItems();
+            mode->AddItemsFrom(copy);
+            mode->Select(key);
+        }
+        QCOMPARE(inserted.count(), 0);
+        QCOMPARE(shownItems(*comboBox), QStringList({"Normal", "Continuous", "Gated"}));
+        QCOMPARE(comboBox->currentText(), "Continuous");
+        mode->AddItem("Gated, long", 3.0, 30);
+        QVERIFY(inserted.count() > 0);
+        QCOMPARE(shownItems(*comboBox), QStringList({"Normal", "Continuous", "Gated, long"}));
+    }
+
+    void itsListIsFilledAnewForOtherKeys()
+    {
+        mode->StartTransaction(nullptr);
+        mode->DeleteItems();
+        mode->AddItem("Normal", 1.0, 11);
+        mode->AddItem("Continuous", 2.0, 21);
+        mode->AddItem("Gated", 3.0, 31);
+        mode->EndTransaction(ChangeItems);
+        comboBox->setCurrentIndex(2);
+        emit comboBox->activated(2);
+        QCOMPARE(mode->GetCurrentKey(), 31);
+    }
+
     void itShowsNoItemWhenNoneIsCurrent()
     {
         mode->DeleteItem(20);
@@ -179,8 +214,8 @@ private slots:
         mode->HasChanged(ChangeLimits, nullptr);
         mode->SetState(values::StateUnused, nullptr);
         QCOMPARE(insertions, 0);
-        mode->HasChanged(ChangeItems, nullptr);
-        QCOMPARE(insertions, 3);
+        mode->AddItem("Timed", 3.0, 5);
+        QCOMPARE(insertions, 4);
     }
 
     void followingWritesNothing()
