@@ -168,6 +168,8 @@ private slots:
     void aVanishedIndicatorReadsFalseUntilTheNextSetUp();
     void anObserverMayChangeAStatusTextInsideTheEvaluation();
     void anObserverMaySilenceTheDriverInsideTheEvaluation();
+    void anObserverMayDeleteTheDisplayInsideTheEvaluation_data();
+    void anObserverMayDeleteTheDisplayInsideTheEvaluation();
     void anObserverThatThrowsIsTracedAndDoesNotReachTheDriver();
 
     // Report
@@ -768,6 +770,30 @@ void TestLocateStatusHandler::anObserverMaySilenceTheDriverInsideTheEvaluation()
     QVERIFY(!reads("LocateDFUsableIndicator"));
     QCOMPARE(display.usable.count(), 0);
     indicator(QStringLiteral("LocateDFConnectedIndicator"))->RemoveObserver(&nested);
+}
+
+void TestLocateStatusHandler::anObserverMayDeleteTheDisplayInsideTheEvaluation_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const QString& name : indicatorNames)
+        QTest::newRow(qPrintable(name)) << name;
+}
+
+void TestLocateStatusHandler::anObserverMayDeleteTheDisplayInsideTheEvaluation()
+{
+    QFETCH(QString, name);
+    Driver driver(*m_tree);
+    auto display = std::make_unique<Display>(*m_common);
+    display->handler.SetUpValues();
+    RecordingObserver nested([&](Observable*, TChangeCode code) {
+        if (code == ChangeContent)
+            display.reset();
+    });
+    indicator(name)->AddObserver(&nested);
+    driver.hri->SetValue(availableStation, nullptr);
+    driver.df->SetValue(availableStation, nullptr);
+    QVERIFY(display == nullptr);
+    indicator(name)->RemoveObserver(&nested);
 }
 
 void TestLocateStatusHandler::anObserverThatThrowsIsTracedAndDoesNotReachTheDriver()

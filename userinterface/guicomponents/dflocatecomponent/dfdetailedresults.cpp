@@ -18,6 +18,7 @@
 #include <QKeySequence>
 #include <QScopeGuard>
 #include <QSignalBlocker>
+#include <QStyledItemDelegate>
 #include <QTableWidget>
 
 #include <algorithm>
@@ -61,6 +62,21 @@ int numberOf(const values::SelectionItem* item)
     return number;
 }
 
+/// Shows the beginning of a text that is longer than any result or name: laying it out would take its time at every
+/// paint. The cell keeps all of it.
+class BeginningDelegate final : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    [[nodiscard]] QString displayText(const QVariant& value, const QLocale& locale) const override
+    {
+        constexpr int mostCharacters = 200;
+        const QString text = QStyledItemDelegate::displayText(value, locale);
+        return text.size() > mostCharacters ? text.left(mostCharacters) + QChar(0x2026) : text;
+    }
+};
+
 /// The selected cells, row by row, for pasting into a spreadsheet.
 QString selectedText(const QTableWidget& table)
 {
@@ -89,6 +105,7 @@ DFDetailedResults::DFDetailedResults(const QString& resultPrefix)
     setAttribute(Qt::WA_QuitOnClose, false);
     m_table = m_pTable;
     m_fitter = new ColumnFitter(*m_pTable);
+    m_table->setItemDelegate(new BeginningDelegate(m_table));
     AddCopyAction();
 
     values::LinkByPath(m_frequency, m_resultPrefix + frequencyName);

@@ -5,6 +5,7 @@
 #include "hostcodes.h"
 #include "settingstext.h"
 #include "valuetools.h"
+#include "whilealive.h"
 
 #include "guicomponentbase/guicomponentcommon.h"
 #include "jobxml/df_settings.h"
@@ -51,15 +52,6 @@ constexpr ExtraCombo extraCombos[] = {
     {"VCComboBoxActivityTrigger", QT_TRANSLATE_NOOP("comboActivityTrigger", "Locate Activity Trigger"),
      "comboActivityTrigger"},
 };
-
-/// Runs @p steps in their order for as long as @p object exists: each may tell others of a change, and they may delete
-/// it. True when it still exists.
-template <typename... Steps>
-bool whileAlive(const QObject* object, Steps... steps)
-{
-    const QPointer<const QObject> alive(object);
-    return ((steps(), !alive.isNull()) && ...);
-}
 
 /// runEntry() for a conversion of settings: a failure of the report library is traced with its own text.
 template <typename Operation>

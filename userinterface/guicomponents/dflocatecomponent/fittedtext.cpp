@@ -3,9 +3,12 @@
 #include <QAbstractItemView>
 #include <QFontInfo>
 #include <QFontMetrics>
+#include <QScreen>
 #include <QStyle>
 #include <QStyleOptionComboBox>
 #include <QStylePainter>
+
+#include <algorithm>
 
 namespace VelmarGui {
 
@@ -13,6 +16,9 @@ namespace {
 
 /// Smaller letters cannot be read from an operator's distance.
 constexpr int smallestPixelSize = 8;
+
+/// More characters fit into no toolbar in any font. Measuring a text takes its time for every character.
+constexpr int mostCharacters = 1000;
 
 bool fits(const QString& text, const QFont& font, const QSize& room, int flags)
 {
@@ -24,15 +30,23 @@ bool fits(const QString& text, const QFont& font, const QSize& room, int flags)
 
 FittedText fitText(const QString& text, const QFont& font, const QSize& room, int flags)
 {
-    FittedText fitted{text, font};
-    for (int size = QFontInfo(font).pixelSize(); !fits(text, fitted.font, room, flags); --size) {
+    FittedText fitted{text.left(mostCharacters), font};
+    for (int size = QFontInfo(font).pixelSize(); !fits(fitted.text, fitted.font, room, flags); --size) {
         if (size <= smallestPixelSize) {
-            fitted.text = QFontMetrics(fitted.font).elidedText(text, Qt::ElideRight, room.width());
+            fitted.text = QFontMetrics(fitted.font).elidedText(fitted.text, Qt::ElideRight, room.width());
             break;
         }
         fitted.font.setPixelSize(size - 1);
     }
     return fitted;
+}
+
+/// Plain, because a label asks how large its text would be as rich text, and reads files for that.
+FittedLabel::FittedLabel(const QString& text, QWidget* parent)
+    : QLabel(parent)
+{
+    setTextFormat(Qt::PlainText);
+    setText(text);
 }
 
 void FittedLabel::paintEvent(QPaintEvent* /*event*/)
@@ -47,7 +61,8 @@ void FittedLabel::paintEvent(QPaintEvent* /*event*/)
 
 void FittedComboBox::showPopup()
 {
-    view()->setMinimumWidth(view()->sizeHintForColumn(0) + style()->pixelMetric(QStyle::PM_ScrollBarExtent));
+    const int needed = view()->sizeHintForColumn(0) + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    view()->setMinimumWidth(std::min(needed, screen()->availableSize().width()));
     VCComboBoxClassic::showPopup();
 }
 

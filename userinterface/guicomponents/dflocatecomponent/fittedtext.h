@@ -25,13 +25,13 @@ struct FittedText
 class FittedLabel : public QLabel
 {
 public:
-    using QLabel::QLabel;
+    explicit FittedLabel(const QString& text = {}, QWidget* parent = nullptr);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 };
 
-/// A combo box of fixed width: the current text is fitted, and the list is as wide as its texts.
+/// A combo box of fixed width: the current text is fitted, and the list is as wide as its texts, within the screen.
 class FittedComboBox : public VCComboBoxClassic
 {
 public:

@@ -4,7 +4,9 @@
 #include "devicecontrol/guicentral.h"
 #include "entryguard.h"
 #include "hostcodes.h"
+#include "reportpictures.h"
 #include "valuetools.h"
+#include "whilealive.h"
 
 #include <QMessageBox>
 #include <QPixmap>
@@ -108,8 +110,14 @@ void LocateStatusHandler::CreateIndicator(BoolPtr& indicator, QLatin1String name
 
 void LocateStatusHandler::Evaluate()
 {
-    set(m_dfConnected, hasText(m_locateStatus), this);
-    set(m_hriConnected, hasText(m_locateHriStatus), this);
+    // An observer of an indicator may delete the toolbar, and this with it.
+    whileAlive(
+        this, [this] { set(m_dfConnected, hasText(m_locateStatus), this); },
+        [this] { set(m_hriConnected, hasText(m_locateHriStatus), this); }, [this] { EvaluateUsability(); });
+}
+
+void LocateStatusHandler::EvaluateUsability()
+{
     if (!m_locateStatus || !m_locateHriStatus)
         return;
     applyStatusText(m_dfStatus, m_locateStatus->GetValue());
@@ -117,10 +125,13 @@ void LocateStatusHandler::Evaluate()
         m_hriRanges = rangesOf(m_hriStatus);
     // An observer of one indicator may change a status text and so evaluate anew: each indicator is computed when its
     // turn has come, and what is shown and told at the end is read back.
-    set(m_hriUsable, CanLocateHri(), this);
-    set(m_dfUsable, m_dfStatus.anyAvailable, this);
-    ShowLamp(IsAnyUsable());
-    emit si_locateUsable(reads(m_hriUsable), reads(m_dfUsable));
+    whileAlive(
+        this, [this] { set(m_hriUsable, CanLocateHri(), this); },
+        [this] { set(m_dfUsable, m_dfStatus.anyAvailable, this); },
+        [this] {
+            ShowLamp(IsAnyUsable());
+            emit si_locateUsable(reads(m_hriUsable), reads(m_dfUsable));
+        });
 }
 
 /// Most evaluations leave the lamp as it is, and a picture that is set is drawn anew.
@@ -151,7 +162,9 @@ void LocateStatusHandler::slot_open()
         }
         QMessageBox box;
         box.setWindowTitle(tr("Locate states"));
+        ReportPictures::limit(box);
         box.setText(buildReport(m_dfStatus, m_hriStatus, m_frequency->GetValue()));
+        ReportPictures::shorten(box);
         if (m_hriUsable && m_dfUsable)
             box.setIconPixmap(QPixmap(IsAnyUsable() ? onIcon : offIcon));
         // This object may be gone when the box is closed: nothing may follow.

@@ -54,6 +54,7 @@ private:
     void LinkFrequency();
     void CreateIndicator(BoolPtr& indicator, QLatin1String name);
     void Evaluate();
+    void EvaluateUsability();
     void ShowLamp(bool on);
     [[nodiscard]] bool CanLocateHri() const;
     [[nodiscard]] bool IsAnyUsable() const;
