@@ -189,8 +189,9 @@ int Run::run()
     connect(static_cast<Application*>(qApp), &Application::exceptionCaught, this, &Run::onException);
     connect(&m_window, &MainWindow::closed, qApp, &QCoreApplication::quit);
 
-    const auto error = m_session.start(componentFile(m_options),
-                                       [this](QToolBar* toolBar, QWidget* panel) { m_window.place(toolBar, panel); });
+    const auto error = m_session.start(
+        componentFile(m_options), [this](QToolBar* toolBar, QWidget* panel) { m_window.place(toolBar, panel); },
+        m_options.allowUnsafeFolder ? LibraryPlace::Any : LibraryPlace::Safe);
     if (error) {
         fail(ComponentFailed, error->text());
         m_window.showComponentFailure(error->text());

@@ -1,6 +1,7 @@
 #include "app/componentlibrary.h"
 
 #include "app/contained.h"
+#include "app/untrustedplace.h"
 
 #include "guicomponentbase/iguicomponent.h"
 
@@ -24,6 +25,10 @@ QString ComponentError::text() const
     switch (kind) {
     case Kind::FileMissing:
         return sentence("there is no such component library.");
+    case Kind::UnsafePlace:
+        return sentenceWithDetail(
+            "the component library is not loaded, because everybody can write to %1 and could have "
+            "put other code there (--allow-unsafe-folder loads it all the same).");
     case Kind::NotALibrary:
         return sentenceWithDetail("the file cannot be loaded as a component library: %1");
     case Kind::CreateMissing:
@@ -62,14 +67,18 @@ LoadedComponent::~LoadedComponent()
         qWarning("%s", qPrintable(tr("%1: ZTDestroy let %2 out.").arg(file(), *thrown)));
 }
 
-std::variant<std::unique_ptr<LoadedComponent>, ComponentError> loadComponent(const QString& file,
-                                                                             const QString& componentName)
+std::variant<std::unique_ptr<LoadedComponent>, ComponentError>
+loadComponent(const QString& file, const QString& componentName, LibraryPlace place)
 {
     using Kind = ComponentError::Kind;
     const auto failed = [&file](Kind kind, const QString& detail = {}) { return ComponentError{kind, file, detail}; };
 
     if (!QFileInfo(file).isFile())
         return failed(Kind::FileMissing);
+    if (place == LibraryPlace::Safe) {
+        if (const auto where = writableByEverybody(file))
+            return failed(Kind::UnsafePlace, *where);
+    }
     // An absolute path keeps the platform from searching its own folders.
     std::unique_ptr<LoadedComponent> loaded(new LoadedComponent(QFileInfo(file).absoluteFilePath()));
     QLibrary& library = loaded->m_library;

@@ -20,6 +20,7 @@ struct ComponentError
     enum class Kind
     {
         FileMissing,        ///< there is no such file
+        UnsafePlace,        ///< anybody could have exchanged the file
         NotALibrary,        ///< the file cannot be loaded
         CreateMissing,      ///< the library does not export ZTCreate
         DestroyMissing,     ///< the library does not export ZTDestroy
@@ -40,6 +41,13 @@ struct ComponentError
     [[nodiscard]] QString text() const;
 };
 
+/// From where a component library may be loaded.
+enum class LibraryPlace
+{
+    Safe, ///< only from where not everybody can write
+    Any
+};
+
 /// A component object and the library it comes from. The end of its life hands the object back to the library.
 ///
 /// A library whose code has run stays in memory until the process ends. Nobody can know what of it is still in use: a
@@ -55,7 +63,8 @@ public:
     [[nodiscard]] QString file() const { return m_library.fileName(); }
 
 private:
-    friend std::variant<std::unique_ptr<LoadedComponent>, ComponentError> loadComponent(const QString&, const QString&);
+    friend std::variant<std::unique_ptr<LoadedComponent>, ComponentError> loadComponent(const QString&, const QString&,
+                                                                                        LibraryPlace);
     explicit LoadedComponent(const QString& file);
 
     QLibrary m_library;
@@ -64,9 +73,10 @@ private:
     void (*m_destroy)(IDllInstance*) = nullptr;
 };
 
-/// Loads the component library @p file and has it create its component under the bare name @p componentName. GUI
-/// thread only.
+/// Loads the component library @p file and has it create its component under the bare name @p componentName. What is
+/// loaded runs with all the rights of the program: code that anybody could have put there is refused unless @p place
+/// says otherwise. GUI thread only.
 [[nodiscard]] std::variant<std::unique_ptr<LoadedComponent>, ComponentError>
-loadComponent(const QString& file, const QString& componentName);
+loadComponent(const QString& file, const QString& componentName, LibraryPlace place = LibraryPlace::Safe);
 
 } // namespace workbench

@@ -24,6 +24,7 @@ const QString cyclicName = QStringLiteral("cyclic");
 const QString scenarioName = QStringLiteral("scenario");
 const QString recordingName = QStringLiteral("recording");
 const QString componentName = QStringLiteral("component");
+const QString allowUnsafeFolderName = QStringLiteral("allow-unsafe-folder");
 const QString offlineName = QStringLiteral("offline");
 const QString seedName = QStringLiteral("seed");
 const QString traceName = QStringLiteral("trace");
@@ -58,6 +59,9 @@ void addOptions(QCommandLineParser& parser)
         "Simulate the network and the emitters of FILE (default: the scenario that comes with the program).", "FILE");
     add(recordingName, "Play the bearings recorded in FILE.", "FILE");
     add(componentName, "Load the component library LIB (default: the one that comes with the program).", "LIB");
+    add(allowUnsafeFolderName, "Load the component library even when it, its folder or a folder above is writable by "
+                               "everybody, so that anybody "
+                               "could have put other code there.");
     add(offlineName, "Work without a driver; the component creates its settings itself.");
     add(seedName, "Seed of the simulation (default: 1). The same seed gives the same results.", "N");
     add(traceName, "Switch the components' traces on and print them to the standard error stream.");
@@ -269,6 +273,7 @@ Options readOptions(Reader& reader)
 {
     Options options;
     options.headless = reader.isSet(headlessName);
+    options.allowUnsafeFolder = reader.isSet(allowUnsafeFolderName);
     options.offline = reader.isSet(offlineName);
     options.trace = reader.isSet(traceName);
     options.json = reader.isSet(jsonName);

@@ -15,10 +15,11 @@ namespace workbench {
 /// What the caller of the program asked for, checked for conflicts. Files are not looked at.
 struct Options
 {
-    bool headless = false; ///< no window: do the job and print what it shows
-    bool offline = false;  ///< no driver
-    bool trace = false;    ///< traces go to the standard error stream
-    bool json = false;     ///< results as one JSON document
+    bool headless = false;          ///< no window: do the job and print what it shows
+    bool allowUnsafeFolder = false; ///< load a component from where everybody can write
+    bool offline = false;           ///< no driver
+    bool trace = false;             ///< traces go to the standard error stream
+    bool json = false;              ///< results as one JSON document
 
     std::optional<int> shots;            ///< single measurements, at least 1
     std::optional<double> cyclicSeconds; ///< time of cyclic measuring in s, above 0, one day at most

@@ -62,9 +62,10 @@ Session::~Session()
     endComponent();
 }
 
-std::optional<ComponentError> Session::start(const QString& componentFile, const Placement& place)
+std::optional<ComponentError> Session::start(const QString& componentFile, const Placement& place,
+                                             LibraryPlace libraryPlace)
 {
-    auto loaded = loadComponent(componentFile, componentName);
+    auto loaded = loadComponent(componentFile, componentName, libraryPlace);
     if (const auto* const error = std::get_if<ComponentError>(&loaded))
         return *error;
     m_component = std::move(std::get<std::unique_ptr<LoadedComponent>>(loaded));

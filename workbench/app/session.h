@@ -47,7 +47,8 @@ public:
 
     /// Loads the component, has it make its widgets, hands over the services and announces the values. To be called
     /// once. After an error nothing of the component is left.
-    [[nodiscard]] std::optional<ComponentError> start(const QString& componentFile, const Placement& place);
+    [[nodiscard]] std::optional<ComponentError> start(const QString& componentFile, const Placement& place,
+                                                      LibraryPlace libraryPlace = LibraryPlace::Safe);
 
     /// Null when offline.
     [[nodiscard]] DfDriver* driver() const { return m_driver.get(); }

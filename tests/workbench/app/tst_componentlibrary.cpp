@@ -3,7 +3,10 @@
 #include "guicomponentbase/iguicomponent.h"
 #include "support/testmain.h"
 
+#include <sys/stat.h>
+
 using workbench::ComponentError;
+using workbench::LibraryPlace;
 using workbench::loadComponent;
 using workbench::LoadedComponent;
 using Kind = workbench::ComponentError::Kind;
@@ -19,6 +22,46 @@ QString fixture(const char* name)
     return QStringLiteral(FIXTURE_FOLDER "/%1.so").arg(QLatin1String(name));
 }
 
+void setMode(const QString& path, int mode)
+{
+    QCOMPARE(chmod(QFile::encodeName(path).constData(), static_cast<mode_t>(mode)), 0);
+}
+
+/// A component library that only its owner can exchange: "outer/inner/lib.so" in a folder of its own, and an empty
+/// folder "links".
+class Places
+{
+public:
+    Places()
+    {
+        for (const char* const name : {"outer", "outer/inner", "links"}) {
+            QVERIFY(QDir(m_folder.path()).mkdir(name));
+            setMode(path(name), 0755);
+        }
+        QVERIFY(QFile::copy(fixture("callrecorder"), library()));
+        setMode(library(), 0755);
+    }
+
+    [[nodiscard]] QString path(const QString& name) const { return m_folder.filePath(name); }
+    [[nodiscard]] QString library() const { return path("outer/inner/lib.so"); }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+bool loads(const QString& file, LibraryPlace place = LibraryPlace::Safe)
+{
+    return std::holds_alternative<std::unique_ptr<LoadedComponent>>(loadComponent(file, componentName, place));
+}
+
+/// Why the place of @p file is refused; empty when it is not.
+QString refusal(const QString& file)
+{
+    const auto loaded = loadComponent(file, componentName);
+    const auto* const error = std::get_if<ComponentError>(&loaded);
+    return error != nullptr && error->kind == Kind::UnsafePlace ? error->text() : QString();
+}
+
 } // namespace
 
 class TestComponentLibrary : public QObject
@@ -29,6 +72,10 @@ private slots:
     void aWrongLibraryIsRefusedWithFileAndReason();
     void aFileThatIsNoLibraryIsRefused();
     void aFolderIsNoLibrary();
+    void aLibraryThatEverybodyCanExchangeIsRefused_data();
+    void aLibraryThatEverybodyCanExchangeIsRefused();
+    void aLinkIsRefusedForWhereItStandsAndWhereItLeads();
+    void aStickyFolderAboveIsSafe();
     void anObjectOfAWrongClassGoesBackToItsLibrary();
     void aGoodLibraryGivesAComponentWithTheName();
     void theComponentGoesBackOnce();
@@ -88,6 +135,62 @@ void TestComponentLibrary::aFolderIsNoLibrary()
     const auto* const error = std::get_if<ComponentError>(&loaded);
     QVERIFY(error != nullptr);
     QCOMPARE(error->kind, Kind::FileMissing);
+}
+
+void TestComponentLibrary::aLibraryThatEverybodyCanExchangeIsRefused_data()
+{
+    QTest::addColumn<QString>("place");
+    QTest::addColumn<int>("mode");
+    QTest::newRow("the file") << "outer/inner/lib.so" << 0777;
+    QTest::newRow("its folder") << "outer/inner" << 0777;
+    QTest::newRow("its folder, sticky") << "outer/inner" << 01777;
+    QTest::newRow("a folder above") << "outer" << 0777;
+}
+
+void TestComponentLibrary::aLibraryThatEverybodyCanExchangeIsRefused()
+{
+    QFETCH(QString, place);
+    QFETCH(int, mode);
+    const Places places;
+    QVERIFY(loads(places.library()));
+    setMode(places.path(place), mode);
+    QCOMPARE(refusal(places.library()),
+             places.library() + ": the component library is not loaded, because everybody can write to " +
+                 places.path(place) +
+                 " and could have put other code there (--allow-unsafe-folder loads it all the same).");
+    QVERIFY(loads(places.library(), LibraryPlace::Any));
+}
+
+void TestComponentLibrary::aLinkIsRefusedForWhereItStandsAndWhereItLeads()
+{
+    const Places places;
+    const QString toFile = places.path("links/lib.so");
+    const QString toFolder = places.path("folder");
+    const QString toLink = places.path("links/again.so");
+    QVERIFY(QFile::link(places.library(), toFile));
+    QVERIFY(QFile::link(places.path("outer/inner"), toFolder));
+    QVERIFY(QFile::link("lib.so", toLink));
+    for (const QString& link : {toFile, toFolder + "/lib.so", toLink})
+        QVERIFY2(loads(link), qPrintable(link));
+
+    setMode(places.path("outer"), 0777); // where they lead
+    for (const QString& link : {toFile, toFolder + "/lib.so", toLink})
+        QVERIFY2(refusal(link).contains(places.path("outer") + " and"), qPrintable(link));
+    setMode(places.path("outer"), 0755);
+
+    setMode(places.path("links"), 0777); // where they stand
+    QVERIFY(refusal(toFile).contains(places.path("links")));
+    QVERIFY(refusal(toLink).contains(places.path("links")));
+    QVERIFY(loads(toFolder + "/lib.so"));
+    QVERIFY(loads(places.library()));
+}
+
+/// There only owners remove and rename what is theirs.
+void TestComponentLibrary::aStickyFolderAboveIsSafe()
+{
+    const Places places;
+    setMode(places.path("outer"), 01777);
+    QVERIFY(loads(places.library()));
 }
 
 void TestComponentLibrary::anObjectOfAWrongClassGoesBackToItsLibrary()

@@ -49,7 +49,7 @@ void TestOptions::withoutArgumentsEverythingHasItsDefault()
     QCOMPARE(line.errors, QStringList());
     QCOMPARE(line.informationText, QString());
     const Options& options = line.options;
-    QVERIFY(!options.headless && !options.offline && !options.trace && !options.json);
+    QVERIFY(!options.headless && !options.offline && !options.trace && !options.json && !options.allowUnsafeFolder);
     QVERIFY(!options.shots && !options.cyclicSeconds);
     QVERIFY(options.settings.empty());
     QCOMPARE(options.seed, quint64(1));
@@ -63,10 +63,11 @@ void TestOptions::withoutArgumentsEverythingHasItsDefault()
 
 void TestOptions::everySwitchIsRead()
 {
-    const CommandLine line = read({"--headless", "--offline", "--trace", "--json"});
+    const CommandLine line = read({"--headless", "--offline", "--trace", "--json", "--allow-unsafe-folder"});
     QCOMPARE(line.errors, QStringList());
     QVERIFY(line.options.headless);
     QVERIFY(line.options.offline);
+    QVERIFY(line.options.allowUnsafeFolder);
     QVERIFY(line.options.trace);
     QVERIFY(line.options.json);
 }

@@ -115,6 +115,7 @@ private slots:
     void aWrongComponentEndsWithOneAndTheReason_data();
     void aWrongComponentEndsWithOneAndTheReason();
     void aWrongComponentEndsWithOneInAWindowToo();
+    void aComponentThatEverybodyCanExchangeEndsWithOneUnlessItIsWanted();
     void aMissingStartButtonIsAReason();
     void aDisabledStartButtonIsAReason();
     void aBoxThatWaitsIsReportedAndClosed();
@@ -703,6 +704,24 @@ void TestProgram::aWrongComponentEndsWithOneInAWindowToo()
     const Outcome outcome = run(QStringList{"--screenshot", picture} + fixture("noexports"));
     QCOMPARE(outcome.exitCode, 1);
     QVERIFY(!QImage(picture).isNull());
+}
+
+void TestProgram::aComponentThatEverybodyCanExchangeEndsWithOneUnlessItIsWanted()
+{
+    const QTemporaryDir folder;
+    const QString component = folder.filePath("lib.so");
+    QVERIFY(QFile::copy(QStringLiteral(COMPONENT), component));
+    QFile::setPermissions(folder.path(), QFile::permissions(folder.path()) | QFile::WriteOther | QFile::ExeOther);
+    const QStringList arguments{"--headless", "--component", component};
+    const Outcome refused = run(arguments);
+    QCOMPARE(refused.exitCode, 1);
+    QCOMPARE(refused.errors,
+             component + ": the component library is not loaded, because everybody can write to " + folder.path() +
+                 " and could have put other code there (--allow-unsafe-folder loads it all the same).\n");
+    QCOMPARE(refused.output, QString());
+    const Outcome wanted = run(arguments + QStringList("--allow-unsafe-folder"));
+    QCOMPARE(wanted.exitCode, 0);
+    QCOMPARE(wanted.errors, QString());
 }
 
 void TestProgram::aMissingStartButtonIsAReason()
