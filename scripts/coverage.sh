@@ -16,7 +16,7 @@ cmake --preset coverage
 cmake --build --preset coverage
 # Counters of earlier runs, and of files that are gone.
 find "$build" -name '*.gcda' -delete
-for subject in host component; do
+for subject in host component faults; do
   ctest --test-dir "$build/tests/$subject" --parallel "$(nproc)" --output-on-failure --no-tests=error
 done
 
@@ -24,7 +24,8 @@ rm -rf "$build/report"
 mkdir "$build/report"
 gcovr --root . --object-directory "$build" --filter host/ --filter userinterface/ -j "$(nproc)" \
   --exclude-throw-branches --exclude-unreachable-branches \
-  --json "$build/report/coverage.json" "$build/host" "$build/userinterface" "$build/tests/host" "$build/tests/component"
+  --json "$build/report/coverage.json" "$build/host" "$build/userinterface" "$build/tests/host" \
+  "$build/tests/component" "$build/tests/faults"
 report=(gcovr --root . --add-tracefile "$build/report/coverage.json")
 "${report[@]}" --html-details "$build/report/index.html"
 "${report[@]}" --txt --branches
