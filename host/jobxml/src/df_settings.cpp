@@ -146,26 +146,27 @@ void DF_Settings::ReadChildren(SettingsReader& reader)
 {
     bool detailRead = false;
     while (reader.nextChild()) {
-        if (reader.name() == bandwidthElement) {
+        const QStringRef name = reader.name();
+        if (name == bandwidthElement) {
             reader.readNumber(m_bandwidth.m_value);
-        } else if (reader.name() == averagingElement) {
+        } else if (name == averagingElement) {
             reader.readNumber(m_averaging);
-        } else if (reader.name() == dfModeElement) {
+        } else if (name == dfModeElement) {
             reader.assign(m_dfMode, NameToDFMode(reader.readText()));
-        } else if (reader.name() == detailElement) {
+        } else if (name == detailElement) {
             if (detailRead)
                 reader.refuse(QStringLiteral("given twice"));
             detailRead = true;
             m_detail.ReadChildren(reader);
-        } else if (reader.name() == frequencyOffsetElement) {
+        } else if (name == frequencyOffsetElement) {
             reader.readNumber(m_frequencyOffset);
-        } else if (reader.name() == workflowElement) {
+        } else if (name == workflowElement) {
             reader.assign(m_workflow, NameToWorkflow(reader.readText()));
-        } else if (reader.name() == locateTypeElement) {
+        } else if (name == locateTypeElement) {
             reader.assign(m_locateType, NameToLocateType(reader.readText()));
-        } else if (reader.name() == activityElement) {
+        } else if (name == activityElement) {
             reader.assign(m_activity, fromName<TActivity>(activities(), reader.readText()));
-        } else if (reader.name() == activityTriggerElement) {
+        } else if (name == activityTriggerElement) {
             reader.assign(m_activityTrigger, NameToActivityTrigger(reader.readText()));
         } else {
             reader.skip();

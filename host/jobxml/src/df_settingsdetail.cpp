@@ -57,9 +57,10 @@ bool DF_SettingsDetail::IsLevelThresholdSet() const
 void DF_SettingsDetail::ReadChildren(SettingsReader& reader)
 {
     while (reader.nextChild()) {
-        if (reader.name() == qualityThresholdElement)
+        const QStringRef name = reader.name();
+        if (name == qualityThresholdElement)
             reader.readNumber(m_qualityThreshold);
-        else if (reader.name() == levelThresholdElement)
+        else if (name == levelThresholdElement)
             reader.readNumber(m_levelThreshold);
         else
             reader.skip();

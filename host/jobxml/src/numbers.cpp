@@ -47,6 +47,10 @@ QString toText(int number)
 
 QString toText(double number)
 {
+    // Most are whole, and those are written in a fraction of the time, as long as all their digits count.
+    constexpr double firstInexact = 9007199254740992.0;
+    if (std::abs(number) < firstInexact && number == std::trunc(number))
+        return QString::number(static_cast<qint64>(number));
     return QString::number(number, 'f', QLocale::FloatingPointShortest);
 }
 

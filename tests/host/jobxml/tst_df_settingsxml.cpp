@@ -211,6 +211,10 @@ private slots:
         QTest::newRow("one tenth") << 0.1 << "0.1";
         QTest::newRow("a third") << 1.0 / 3.0 << "0.3333333333333333";
         QTest::newRow("more than six digits") << 2147483647.0 << "2147483647";
+        QTest::newRow("negative whole") << -40.0 << "-40";
+        QTest::newRow("last whole number of all digits") << 9007199254740991.0 << "9007199254740991";
+        QTest::newRow("first after it") << 9007199254740992.0 << "9007199254740992";
+        QTest::newRow("nearly whole") << 4503599627370495.5 << "4503599627370495.5";
         QTest::newRow("large") << 1e22 << "10000000000000000000000";
         QTest::newRow("small") << 1e-7 << "0.0000001";
         QTest::newRow("largest") << std::numeric_limits<double>::max()
