@@ -11,7 +11,9 @@ std::size_t testsupport::allocationCount()
 
 #ifdef __SANITIZE_ADDRESS__
 
-#include <sanitizer/allocator_interface.h>
+// Part of the sanitizer's interface, for which GCC installs no header.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(const volatile void*, std::size_t),
+                                                         void (*freed)(const volatile void*));
 
 namespace {
 // The sanitizer has functions of its own in the place of the C library's, and tells of them.
