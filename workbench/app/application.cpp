@@ -1,6 +1,7 @@
 #include "app/application.h"
 
 #include "app/contained.h"
+#include "app/displaytext.h"
 #include "app/mainwindow.h"
 #include "app/measuringjob.h"
 #include "app/modalboxcloser.h"
@@ -52,7 +53,7 @@ void print(std::FILE* stream, const QString& text)
 
 void printError(const QString& sentence)
 {
-    print(stderr, sentence + QLatin1Char('\n'));
+    print(stderr, forTerminal(sentence.trimmed()) + QLatin1Char('\n'));
 }
 
 [[nodiscard]] bool hasDisplay()
@@ -336,7 +337,7 @@ void Run::endJob()
 void Run::saveFiles()
 {
     if (m_options.json)
-        print(stdout, QString::fromUtf8(QJsonDocument(m_shots).toJson()));
+        print(stdout, jsonForTerminal(QString::fromUtf8(QJsonDocument(m_shots).toJson())));
     if (m_recorder) {
         if (const auto failure = m_recorder->finish())
             fail(BadOptionsOrFiles, *failure);

@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include "app/displaytext.h"
 #include "app/historyview.h"
 #include "app/parametersetview.h"
 #include "app/screenshot.h"
@@ -42,6 +43,9 @@ namespace workbench {
 
 namespace {
 
+/// An operator goes back a few edits; a host that runs for weeks must not keep all of them.
+constexpr int mostEditsKept = 1000;
+
 /// The first widget in the focus chain below @p area that takes the focus by key.
 QWidget* firstFocusWidget(QWidget* area)
 {
@@ -71,6 +75,7 @@ MainWindow::MainWindow(QWidget* parent)
     addViewMenu();
     addHelpMenu();
     addFocusKeys();
+    m_undoStack.setUndoLimit(mostEditsKept);
     UndoRecordingControlBase::SetUndoStack(&m_undoStack);
     GuiCentral::Instance()->SetMainWidget(this);
     const QFontMetrics font = fontMetrics();
@@ -141,6 +146,7 @@ void MainWindow::addStatusBar()
 
 void MainWindow::addToStatusBar(QLabel* label)
 {
+    label->setTextFormat(Qt::PlainText); // files name drivers
     label->setMargin(fontMetrics().averageCharWidth() / 2);
     label->setFrameShape(QFrame::StyledPanel);
     label->setFrameShadow(QFrame::Sunken);
@@ -283,7 +289,7 @@ void MainWindow::follow(Session& session)
     }
     addDeviceMenu(*driver);
     addMap(*driver);
-    m_driverName->setText(driver->source().name());
+    m_driverName->setText(beginningOf(driver->source().name()));
     connect(driver, &DfDriver::resultPublished, this, &MainWindow::showResult);
     connect(driver, &DfDriver::measurementFailed, this, &MainWindow::showMeasuringFailure);
     connect(driver, &DfDriver::settingsRefused, this, &MainWindow::showMeasuringFailure);
@@ -416,8 +422,8 @@ void MainWindow::showComponentFailure(const QString& reason)
 
 void MainWindow::showMessage(const QString& text)
 {
-    statusBar()->showMessage(text);
-    statusBar()->setToolTip(text); // the bar may be too short for it
+    statusBar()->showMessage(beginningOf(text));
+    statusBar()->setToolTip(asToolTip(text)); // the bar may be too short for it
     m_messageEndsWithResult = false;
 }
 

@@ -1,5 +1,6 @@
 #include "app/shotreport.h"
 
+#include "app/displaytext.h"
 #include "drivers/dfresult.h"
 
 #include "valueframework/tree.h"
@@ -209,7 +210,7 @@ QString stationTable(const std::vector<StationReport>& stations)
     for (const Column& column : columns) {
         rows[0] += tr(column.title);
         for (std::size_t i = 0; i < stations.size(); ++i)
-            rows[i + 1] += column.text(stations[i]);
+            rows[i + 1] += forTerminal(column.text(stations[i]));
     }
 
     QString table;
@@ -314,7 +315,7 @@ QString shotTable(int number, const ShotReport& shot)
     QString text = tr("Result %1").arg(number) + QLatin1Char('\n');
     const auto line = [&text](const QString& name, const QString& value) {
         constexpr int nameWidth = 22;
-        text += QLatin1String("  ") + name.leftJustified(nameWidth) + value + QLatin1Char('\n');
+        text += QLatin1String("  ") + name.leftJustified(nameWidth) + forTerminal(value) + QLatin1Char('\n');
     };
     line(tr("Shown DF station"), nonEmpty(shot.directionFinder));
     line(tr("Shown bearing"), nonEmpty(shot.averageBearing));

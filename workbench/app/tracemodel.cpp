@@ -1,5 +1,7 @@
 #include "app/tracemodel.h"
 
+#include "app/displaytext.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -113,8 +115,9 @@ QVariant TraceModel::data(const QModelIndex& index, int role) const
         return {};
     switch (role) {
     case Qt::DisplayRole:
+        return beginningOf(text(m_entries[static_cast<std::size_t>(index.row())], index.column()));
     case Qt::ToolTipRole:
-        return text(m_entries[static_cast<std::size_t>(index.row())], index.column());
+        return asToolTip(text(m_entries[static_cast<std::size_t>(index.row())], index.column()));
     case Qt::TextAlignmentRole:
         return index.column() == LineColumn ? int(Qt::AlignRight | Qt::AlignVCenter)
                                             : int(Qt::AlignLeft | Qt::AlignVCenter);

@@ -1,5 +1,7 @@
 #include "app/valuetreemodel.h"
 
+#include "app/displaytext.h"
+
 #include "valueframework/valueclasses/value.h"
 #include "valueframework/valueclasses/valuenumeric.h"
 #include "valueframework/valueclasses/valueselection.h"
@@ -123,7 +125,7 @@ ValueTreeModel::ValueTreeModel(QObject* parent)
 
     values::Tree* const tree = values::Tree::Instance();
     for (values::ValueBase* const value : tree->ValuesBelow(QString()))
-        ValueInserted(value);
+        ValueTreeModel::ValueInserted(value);
     tree->AddListener(this);
 }
 
@@ -256,9 +258,9 @@ QVariant ValueTreeModel::data(const QModelIndex& index, int role) const
     if (role == PathRole)
         return node.path();
     if (index.column() == NameColumn && role == Qt::DisplayRole)
-        return node.name;
+        return beginningOf(node.name);
     if (node.value() == nullptr)
-        return role == Qt::ToolTipRole ? QVariant(node.path()) : QVariant();
+        return role == Qt::ToolTipRole ? QVariant(asToolTip(node.path())) : QVariant();
     return valueData(*node.value(), index.column(), role);
 }
 
@@ -269,7 +271,7 @@ QVariant ValueTreeModel::valueData(const values::ValueBase& value, int column, i
     case Qt::DisplayRole:
         switch (column) {
         case ValueColumn:
-            return value.GetStringValue();
+            return beginningOf(value.GetStringValue());
         case StateColumn:
             return stateText(value.GetState());
         case KindColumn:
@@ -284,7 +286,7 @@ QVariant ValueTreeModel::valueData(const values::ValueBase& value, int column, i
             return truth->GetValue() ? Qt::Checked : Qt::Unchecked;
         return {};
     case Qt::ToolTipRole:
-        return value.GetPathName() + QLatin1Char('\n') + value.GetTypeName() + rangeText(value);
+        return asToolTip(value.GetPathName() + QLatin1Char('\n') + value.GetTypeName() + rangeText(value));
     case Qt::ForegroundRole:
         if (value.GetState() != values::StateOrdinary)
             return QGuiApplication::palette().brush(QPalette::PlaceholderText); // paler, and readable still
