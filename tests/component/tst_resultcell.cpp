@@ -48,6 +48,9 @@ private slots:
     void aColumnIsWideEnoughForEveryText_data();
     void aColumnIsWideEnoughForEveryText();
     void aColumnIsNeverNarrowed();
+    void oneUnusualTextMakesNoOtherTooNarrow_data();
+    void oneUnusualTextMakesNoOtherTooNarrow();
+    void aLongTextWidensNoFurtherThanItNeeds();
     void aColumnFollowsAnotherFont();
 };
 
@@ -220,6 +223,38 @@ void TestResultCell::aColumnIsNeverNarrowed()
     table.cell->Replace(QStringLiteral("1"));
     fitter->Fit(0, 0, table.cell->Text());
     QCOMPARE(table.columnWidth(0), 500);
+}
+
+void TestResultCell::oneUnusualTextMakesNoOtherTooNarrow_data()
+{
+    QTest::addColumn<QString>("first");
+    QTest::newRow("lines") << "12.5 and more\nof it\non further lines";
+    QTest::newRow("long") << QString(500, QLatin1Char('i'));
+    QTest::newRow("combining") << QString::fromUtf8("e\u0301e\u0301e\u0301e\u0301e\u0301");
+}
+
+void TestResultCell::oneUnusualTextMakesNoOtherTooNarrow()
+{
+    QFETCH(QString, first);
+    Table table;
+    auto* const fitter = new ColumnFitter(table);
+    table.cell->Replace(first);
+    fitter->Fit(0, 0, first);
+    table.setColumnWidth(0, 10);
+    const QString number = QStringLiteral("123.4°");
+    table.cell->Replace(number);
+    fitter->Fit(0, 0, number);
+    QVERIFY(table.columnWidth(0) > table.NeededWidth());
+}
+
+void TestResultCell::aLongTextWidensNoFurtherThanItNeeds()
+{
+    Table table;
+    auto* const fitter = new ColumnFitter(table);
+    const QString text(500, QLatin1Char('i'));
+    table.cell->Replace(text);
+    fitter->Fit(0, 0, text);
+    QCOMPARE(table.columnWidth(0), table.NeededWidth() + 1);
 }
 
 void TestResultCell::aColumnFollowsAnotherFont()

@@ -19,15 +19,15 @@ ColumnFitter::ColumnFitter(QTableWidget& table)
 
 void ColumnFitter::Fit(int row, int column, const QString& text)
 {
-    const double most = MostWidth(text) + Surroundings(row, column, text);
-    const int width = m_table.columnWidth(column);
-    if (most <= width)
+    const double mostOfText = MostWidth(text);
+    if (!std::isfinite(mostOfText)) {
+        Widen(column, NeededWidth(row, column));
         return;
+    }
+    const double most = mostOfText + Surroundings(row, column, text);
     // A little wider than this text needs, so that the next one of its kind is known to fit.
-    const int needed = NeededWidth(row, column);
-    const int wanted = std::isfinite(most) ? std::max(needed, static_cast<int>(std::ceil(most))) : needed;
-    if (wanted > width)
-        m_table.setColumnWidth(column, wanted);
+    if (most > m_table.columnWidth(column))
+        Widen(column, std::max(NeededWidth(row, column), static_cast<int>(std::ceil(most))));
 }
 
 bool ColumnFitter::eventFilter(QObject* watched, QEvent* event)
@@ -46,9 +46,19 @@ int ColumnFitter::NeededWidth(int row, int column) const
     return m_table.sizeHintForIndex(m_table.model()->index(row, column)).width() + gridLine;
 }
 
-/// Characters in a row stand no further apart than alone. Infinite for a text whose characters may combine.
+void ColumnFitter::Widen(int column, int width)
+{
+    if (width > m_table.columnWidth(column))
+        m_table.setColumnWidth(column, width);
+}
+
+/// Characters in a row stand no further apart than alone. Infinite for a text whose characters may combine or break the
+/// line, and for one that may not be shown whole.
 double ColumnFitter::MostWidth(const QString& text)
 {
+    constexpr int longestNumber = 40;
+    if (text.size() > longestNumber)
+        return std::numeric_limits<double>::infinity();
     constexpr double rounding = 1.0;
     double sum = rounding;
     for (const QChar character : text)

@@ -27,6 +27,7 @@ public:
 
 private:
     [[nodiscard]] int NeededWidth(int row, int column) const;
+    void Widen(int column, int width);
     [[nodiscard]] double MostWidth(const QString& text);
     [[nodiscard]] double WidthOf(QChar character);
     [[nodiscard]] double Surroundings(int row, int column, const QString& text);
