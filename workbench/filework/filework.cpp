@@ -9,19 +9,19 @@ namespace workbench {
 
 namespace {
 
-std::unique_ptr<QThreadPool> theThread; // as long as there is an application object
+std::unique_ptr<QThreadPool> thePool; // as long as there is an application object
 
 } // namespace
 
-QThreadPool* FileWork::thread()
+QThreadPool* FileWork::pool()
 {
-    if (!theThread) {
-        theThread = std::make_unique<QThreadPool>();
-        theThread->setMaxThreadCount(1);
+    if (!thePool) {
+        thePool = std::make_unique<QThreadPool>();
+        thePool->setMaxThreadCount(1);
         // Waits for what is still to be done.
-        qAddPostRoutine([] { theThread.reset(); });
+        qAddPostRoutine([] { thePool.reset(); });
     }
-    return theThread.get();
+    return thePool.get();
 }
 
 } // namespace workbench

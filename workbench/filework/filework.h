@@ -33,12 +33,12 @@ public:
             watcher->deleteLater();
             answer(watcher->result());
         });
-        watcher->setFuture(QtConcurrent::run(thread(), std::move(work)));
+        watcher->setFuture(QtConcurrent::run(pool(), std::move(work)));
     }
 
 private:
-    /// A pool of one.
-    [[nodiscard]] static QThreadPool* thread();
+    /// Of one thread.
+    [[nodiscard]] static QThreadPool* pool();
 };
 
 } // namespace workbench

@@ -63,7 +63,7 @@ QString described(const QJsonValue& value)
     case QJsonValue::Double:
         return QString::number(value.toDouble(), 'g', 15);
     case QJsonValue::String:
-        return QLatin1Char('"') + value.toString().left(longest) + QLatin1Char('"');
+        return QLatin1Char('"') + oneLine(value.toString(), longest) + QLatin1Char('"');
     case QJsonValue::Bool:
         return value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
     case QJsonValue::Null:

@@ -4,8 +4,8 @@
 #include "guicomponentbase/guicomponentcommon.h"
 #include "guicomponentbase/guicomponenttools.h"
 #include "support/freshtree.h"
-#include "support/testmain.h"
 #include "valueframework/valueclasses/value.h"
+#include "workbench/filework/busydisk.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -13,13 +13,12 @@
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QSemaphore>
 #include <QTemporaryDir>
 
+using testsupport::BusyDisk;
 using VelmarGui::GuiComponentCommon;
 using VelmarGui::GuiComponentTools;
 using VelmarGui::ParameterSetStore;
-using workbench::FileWork;
 using workbench::ParameterSetView;
 
 namespace {
@@ -100,12 +99,8 @@ class TestParameterSetView : public QObject
     /// Waits for what has been asked of the store: at most a look and then a change.
     static void settle()
     {
-        for (int round = 0; round < 2; ++round) {
-            FileWork work;
-            bool isDone = false;
-            work.run([] { return true; }, [&](bool done) { isDone = done; });
-            QTRY_VERIFY(isDone);
-        }
+        testsupport::settleFileWork();
+        testsupport::settleFileWork();
     }
     void press(const char* name) const
     {
@@ -411,14 +406,12 @@ private slots:
         open();
         m_component->report(reported);
         name()->setText("Night");
-        QSemaphore slowDisk;
-        FileWork others;
-        others.run([&] { return slowDisk.tryAcquire(1, 60000); }, [](bool) {});
+        BusyDisk disk;
         button("SaveParameterSet")->click();
         QVERIFY(m_messages.isEmpty());
         button("SaveParameterSet")->click();
         QCOMPARE(m_messages, QStringList("The last request for a parameter set is still being worked on."));
-        slowDisk.release();
+        disk.release();
         settle();
         QCOMPARE(m_messages.mid(1), QStringList("Parameter set \"Night\" is saved."));
         QCOMPARE(names(), QStringList("Night"));
@@ -432,16 +425,14 @@ private slots:
         open();
         m_component->report(reported);
         press("SaveParameterSet");
-        QSemaphore slowDisk;
-        FileWork others;
-        others.run([&] { return slowDisk.tryAcquire(1, 60000); }, [](bool) {});
+        BusyDisk disk;
         for (QAbstractButton* const each : m_view->findChild<QMessageBox*>()->buttons()) {
             if (QString(each->text()).remove('&') == "Replace")
                 each->click();
         }
         m_view.reset(); // waits for nothing
         QCOMPARE(store().Load("a").xml, std::optional(kept));
-        slowDisk.release();
+        disk.release();
         settle();
         QCOMPARE(store().Load("a").xml, std::optional(reported));
     }

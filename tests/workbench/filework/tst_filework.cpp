@@ -1,14 +1,14 @@
 #include "filework/filework.h"
 #include "filework/savefile.h"
 
-#include "support/testmain.h"
+#include "workbench/filework/busydisk.h"
 
-#include <QSemaphore>
 #include <QTemporaryDir>
 #include <QThread>
 
 #include <memory>
 
+using testsupport::BusyDisk;
 using workbench::FileWork;
 using workbench::saveFile;
 
@@ -19,22 +19,6 @@ QByteArray contentOf(const QString& name)
     QFile file(name);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("there is no such file");
 }
-
-/// The one thread, busy until it is let go.
-class BusyDisk
-{
-public:
-    BusyDisk()
-    {
-        m_work.run([isFree = m_isFree] { return isFree->tryAcquire(1, 60000); }, [](bool) {});
-    }
-    ~BusyDisk() { release(); }
-    void release() { m_isFree->release(); }
-
-private:
-    std::shared_ptr<QSemaphore> m_isFree = std::make_shared<QSemaphore>();
-    FileWork m_work;
-};
 
 } // namespace
 

@@ -239,7 +239,7 @@ private slots:
             << QStringLiteral("geometries[1].coordinates: expected a longitude and a latitude, found an array");
         QTest::newRow("a long text")
             << json("{'type':'") + QByteArray(5000, 'x') + json("'}")
-            << QStringLiteral("type: expected a type of GeoJSON, found \"%1\"").arg(QString(40, 'x'));
+            << QStringLiteral("type: expected a type of GeoJSON, found \"%1\"").arg(QString(39, 'x') + QChar(0x2026));
     }
 
     void whatIsWrongIsToldWithItsPlace()

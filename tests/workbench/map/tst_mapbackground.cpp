@@ -1,21 +1,21 @@
 #include "map/mapbackground.h"
 
-#include "filework/filework.h"
 #include "map/mapcanvas.h"
 #include "map/mapitems.h"
 #include "map/mapscene.h"
 #include "map/mapview.h"
 
 #include "mapbench.h"
-#include "support/testmain.h"
+#include "workbench/filework/busydisk.h"
 
 #include <QFileDialog>
 #include <QPushButton>
-#include <QSemaphore>
 
 #include <memory>
 
 using namespace workbench;
+using testsupport::BusyDisk;
+using testsupport::settleFileWork;
 
 namespace {
 
@@ -83,22 +83,6 @@ struct Bench
 
     const QTemporaryDir folder;
     MapView view{[] { return 0; }, nullptr};
-};
-
-/// The one thread that works on files, until it is let go.
-class BusyDisk
-{
-public:
-    BusyDisk()
-    {
-        m_work.run([isFree = m_isFree] { return isFree->tryAcquire(1, 60000); }, [](bool) {});
-    }
-    ~BusyDisk() { release(); }
-    void release() { m_isFree->release(); }
-
-private:
-    std::shared_ptr<QSemaphore> m_isFree = std::make_shared<QSemaphore>();
-    FileWork m_work;
 };
 
 } // namespace
@@ -208,7 +192,7 @@ private slots:
         QVERIFY(!bench.readingBar()->isVisible());
         QVERIFY(!bench.background().isReading());
         disk.release();
-        settle();
+        settleFileWork();
         QCOMPARE(bench.names(), QStringList("Mosel"));
         QVERIFY(messages.isEmpty());
     }
@@ -281,7 +265,7 @@ private slots:
         bench->background().open(bench->write("a", collection({town})));
         bench.reset();
         disk.release();
-        settle();
+        settleFileWork();
     }
 
     void theFileIsChosenInADialog()
@@ -327,16 +311,6 @@ private slots:
         QFile svg(file);
         QVERIFY(svg.open(QIODevice::ReadOnly));
         QVERIFY(svg.readAll().contains(">Trier<"));
-    }
-
-private:
-    /// Waits for what has been asked of the thread that works on files.
-    static void settle()
-    {
-        FileWork work;
-        bool isDone = false;
-        work.run([] { return true; }, [&](bool done) { isDone = done; });
-        QTRY_VERIFY(isDone);
     }
 };
 

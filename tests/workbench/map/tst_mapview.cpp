@@ -1,13 +1,12 @@
 #include "map/mapview.h"
 
-#include "filework/filework.h"
 #include "map/mapcanvas.h"
 #include "map/mapformats.h"
 #include "map/mapitems.h"
 #include "map/mapscene.h"
 
 #include "mapbench.h"
-#include "support/testmain.h"
+#include "workbench/filework/busydisk.h"
 
 #include <QClipboard>
 #include <QComboBox>
@@ -18,7 +17,6 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QScrollBar>
-#include <QSemaphore>
 #include <QTableView>
 #include <QXmlStreamReader>
 
@@ -30,6 +28,7 @@ using namespace workbench;
 using mapbench::fourStations;
 using mapbench::result;
 using mapbench::Shot;
+using testsupport::BusyDisk;
 
 namespace {
 
@@ -657,13 +656,11 @@ private slots:
         const QTemporaryDir folder;
         const QString file = folder.filePath(QStringLiteral("map.csv"));
         QSignalSpy messages(&bench.view, &MapView::message);
-        QSemaphore slowDisk;
-        FileWork others;
-        others.run([&] { return slowDisk.tryAcquire(1, 60000); }, [](bool) {});
+        BusyDisk disk;
         bench.view.exportTo(file);
         bench.model().setStations({});
         QVERIFY(messages.isEmpty());
-        slowDisk.release();
+        disk.release();
         QTRY_COMPARE(messages.count(), 1);
         QCOMPARE(contentOf(file).count("\r\n"), 5);
     }
@@ -672,15 +669,13 @@ private slots:
     {
         const QTemporaryDir folder;
         const QString file = folder.filePath(QStringLiteral("map.kml"));
-        QSemaphore slowDisk;
-        FileWork others;
-        others.run([&] { return slowDisk.tryAcquire(1, 60000); }, [](bool) {});
+        BusyDisk disk;
         {
             Bench bench(fourStations());
             bench.view.exportTo(file);
         }
         QVERIFY(!QFileInfo::exists(file)); // the view is gone, and the disk still busy
-        slowDisk.release();
+        disk.release();
         QTRY_VERIFY(QFileInfo::exists(file));
         QVERIFY(contentOf(file).contains("</kml>"));
     }
