@@ -427,13 +427,16 @@ void ResultFile::open(const QString& path)
     prepareSchema();
     checkContent();
     execute(on, "PRAGMA foreign_keys = ON");
+    {
+        Transaction transaction(on, beginWriting);
+        removeOldest();
+        transaction.commit();
+    }
+    // Behind all that may refuse the file, because the kind of its log is a part of the file.
     if (single(on, "PRAGMA journal_mode = WAL").toString() != QLatin1String("wal"))
         throw Failure{QStringLiteral("its disk does not allow several programs to share it")};
     // Consistent whatever happens; only a loss of power can take the latest results away.
     execute(on, "PRAGMA synchronous = NORMAL");
-    Transaction transaction(on, beginWriting);
-    removeOldest();
-    transaction.commit();
 }
 
 /// Recognises a store, or makes one of an empty file. In one transaction: two programs may come at the same time.
