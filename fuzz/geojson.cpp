@@ -1,8 +1,11 @@
-// GeoJSON: shapes keep the bounds of the format and read the same when they are written anew.
+// GeoJSON: shapes keep the bounds of the format and read the same when they are written anew; and what the map exports
+// of stations at such places can be read.
 
 #include "map/geojson.h"
 #include "fuzz/fuzzing.h"
 #include "fuzz/jsonleaks.h"
+#include "map/mapexport.h"
+#include "map/mapmodel.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -96,6 +99,43 @@ void requireSame(const GeoShape& a, const GeoShape& b)
     }
 }
 
+/// Stations at the points of @p shapes, with bearings all round.
+DfResult resultAt(const std::vector<GeoShape>& shapes)
+{
+    constexpr std::size_t mostStations = 10;
+    DfResult result;
+    result.frequency = 100e6;
+    for (const GeoShape& shape : shapes) {
+        if (shape.kind != GeoShape::Kind::Points || result.stations.size() >= mostStations)
+            continue;
+        StationResult& station = result.stations.emplace_back();
+        station.stationId = static_cast<int>(result.stations.size());
+        station.stationName = QStringLiteral("Station %1").arg(station.stationId);
+        station.position = shape.parts.front().front();
+        station.azimuth = std::fmod(37.0 * station.stationId, 360.0);
+        station.quality = 90.0;
+    }
+    return result;
+}
+
+void requireExport(const std::vector<GeoShape>& shapes)
+{
+    const DfResult result = resultAt(shapes);
+    MapModel model;
+    model.addResult(result);
+    const std::variant<GeoJson, QString> read = parseGeoJson(mapexport::geoJson(model.snapshot(), 5e6));
+    FUZZ_REQUIRE(std::holds_alternative<GeoJson>(read));
+    const GeoJson& json = std::get<GeoJson>(read);
+    FUZZ_REQUIRE(json.omitted == 0 && json.shapes.size() >= 2 * result.stations.size());
+    for (std::size_t i = 0; i < result.stations.size(); ++i) {
+        const GeoPosition& expected = *result.stations[i].position;
+        const GeoPosition& position = json.shapes[i].parts.front().front();
+        FUZZ_REQUIRE(json.shapes[i].name == result.stations[i].stationName);
+        FUZZ_REQUIRE(std::abs(position.latitude - expected.latitude) <= 1e-7);
+        FUZZ_REQUIRE(std::abs(std::remainder(position.longitude - expected.longitude, 360.0)) <= 1e-7);
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -115,5 +155,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FUZZ_REQUIRE(std::get<GeoJson>(again).omitted == 0 && shapes.size() == json.shapes.size());
     for (std::size_t i = 0; i < shapes.size(); ++i)
         requireSame(json.shapes[i], shapes[i]);
+    requireExport(shapes);
     return 0;
 }

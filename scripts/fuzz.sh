@@ -33,7 +33,8 @@ export LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp:print_suppressions=0"
 export LC_ALL=C.UTF-8
 
 # Bytes of the longest inputs: longer ones are more of the same.
-declare -A longest=([form_description]=4096 [form_script]=1024 [history_file]=16384 [history_rows]=1024 [result_texts]=64)
+declare -A longest=([form_description]=8192 [form_script]=1024 [history_file]=16384 [history_rows]=1024 [result_texts]=64
+  [scenario]=8192)
 
 # One subject: its corpus, then new inputs. Prints one line; keeps the log beside the findings.
 run() {
