@@ -5,6 +5,7 @@
 
 #include "guicomponentbase/iguicomponent.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 
 namespace workbench {
@@ -76,7 +77,7 @@ loadComponent(const QString& file, const QString& componentName, LibraryPlace pl
     if (!QFileInfo(file).isFile())
         return failed(Kind::FileMissing);
     if (place == LibraryPlace::Safe) {
-        if (const auto where = writableByEverybody(file))
+        if (const auto where = writableByEverybody(file, QCoreApplication::applicationFilePath()))
             return failed(Kind::UnsafePlace, *where);
     }
     // An absolute path keeps the platform from searching its own folders.

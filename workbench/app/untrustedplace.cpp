@@ -29,9 +29,14 @@ bool isSticky(const QString& path)
     return (modeOf(path).value_or(0) & S_ISVTX) != 0;
 }
 
+bool isBelow(const QString& folder, const QString& file)
+{
+    return file.startsWith(folder + '/');
+}
+
 } // namespace
 
-std::optional<QString> writableByEverybody(const QString& file)
+std::optional<QString> writableByEverybody(const QString& file, const QString& program)
 {
     if (isWritableByEverybody(file))
         return file;
@@ -43,7 +48,7 @@ std::optional<QString> writableByEverybody(const QString& file)
         for (QFileInfo part = way; !part.isRoot(); part.setFile(part.path())) {
             const QString above = part.path();
             const bool holdsTheFile = above == folder && !way.isDir();
-            if (isWritableByEverybody(above) && (holdsTheFile || !isSticky(above)))
+            if (!isBelow(above, program) && isWritableByEverybody(above) && (holdsTheFile || !isSticky(above)))
                 return above;
             if (part.isSymLink())
                 ways += part.symLinkTarget();

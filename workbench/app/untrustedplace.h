@@ -15,7 +15,9 @@ namespace workbench {
 /// and
 ///   remove what is theirs, so the folders below stay what they are.
 ///
-/// What owner and group may do is their affair. A file that does not exist is not looked at.
-[[nodiscard]] std::optional<QString> writableByEverybody(const QString& file);
+/// Folders that @p program, the one which is running, is in or below are not looked at: who could exchange something
+/// there could have exchanged the program. What owner and group may do is their affair. A file that does not exist is
+/// not looked at.
+[[nodiscard]] std::optional<QString> writableByEverybody(const QString& file, const QString& program);
 
 } // namespace workbench

@@ -1,4 +1,5 @@
 #include "app/componentlibrary.h"
+#include "app/untrustedplace.h"
 
 #include "guicomponentbase/iguicomponent.h"
 #include "support/testmain.h"
@@ -76,6 +77,7 @@ private slots:
     void aLibraryThatEverybodyCanExchangeIsRefused();
     void aLinkIsRefusedForWhereItStandsAndWhereItLeads();
     void aStickyFolderAboveIsSafe();
+    void aFolderThatAlsoHoldsTheProgramIsNotHeldAgainstTheLibrary();
     void anObjectOfAWrongClassGoesBackToItsLibrary();
     void aGoodLibraryGivesAComponentWithTheName();
     void theComponentGoesBackOnce();
@@ -191,6 +193,17 @@ void TestComponentLibrary::aStickyFolderAboveIsSafe()
     const Places places;
     setMode(places.path("outer"), 01777);
     QVERIFY(loads(places.library()));
+}
+
+void TestComponentLibrary::aFolderThatAlsoHoldsTheProgramIsNotHeldAgainstTheLibrary()
+{
+    const Places places;
+    setMode(places.path("outer"), 0777);
+    QVERIFY(!workbench::writableByEverybody(places.library(), places.path("outer/program")));
+    QCOMPARE(workbench::writableByEverybody(places.library(), places.path("outer-too/program")), places.path("outer"));
+    setMode(places.path("outer/inner"), 0777);
+    QCOMPARE(workbench::writableByEverybody(places.library(), places.path("outer/program")),
+             places.path("outer/inner"));
 }
 
 void TestComponentLibrary::anObjectOfAWrongClassGoesBackToItsLibrary()
