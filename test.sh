@@ -1,23 +1,53 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs the whole test suite: as developers build it and under sanitizers.
+# Installs what is missing, builds, and runs the tests.
 #
-#   ./test.sh              everything
-#   ./test.sh <preset>...  only these presets (dev, release, asan)
+#   ./test.sh              what every change has to pass: the suite as developers build it and under sanitizers,
+#                          static analysis, and a few seconds of each fuzzer
+#   ./test.sh --long       that, and what takes hours: static analysis of the tests, coverage, ten further seeds of
+#                          chaos, ten minutes of each fuzzer, and an hour of measuring
+#   ./test.sh <preset>...  only the suite of these presets (dev, release, asan)
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
-presets=("$@")
-if [ "${#presets[@]}" -eq 0 ]; then
-  presets=(dev asan)
-fi
-
-scripts/install-packages.sh test
-scripts/check-format.sh
-
-for preset in "${presets[@]}"; do
+suite() {
+  local preset=$1
   echo "== $preset: configure and build"
   cmake --preset "$preset"
   cmake --build --preset "$preset"
   echo "== $preset: tests"
   ctest --preset "$preset" --parallel "$(nproc)"
-done
+}
+
+everyday() {
+  suite dev
+  scripts/lint.sh
+  suite asan
+  scripts/fuzz.sh
+}
+
+long() {
+  scripts/lint.sh --all
+  scripts/coverage.sh
+  local n
+  for n in {1..10}; do
+    LSAN_OPTIONS=suppressions=tests/lsan.supp:print_suppressions=0 QT_QPA_PLATFORM=offscreen \
+      build/asan/tests/chaos --operations 500000
+  done
+  scripts/fuzz.sh 600
+  QT_QPA_PLATFORM=offscreen build/dev/bin/soak --minutes 60
+}
+
+scripts/install-packages.sh test
+scripts/check-format.sh
+case "${1:-}" in
+  "") everyday ;;
+  --long)
+    everyday
+    long
+    ;;
+  *)
+    for preset in "$@"; do
+      suite "$preset"
+    done
+    ;;
+esac
