@@ -27,10 +27,15 @@ private:
 #endif
 };
 
+/// The tree refuses the value by its result or by ZTException, on the way to its insertion or there; or the value has
+/// no name to be inserted under.
 bool leavesAValueBehind(Fault fault, const char* operation)
 {
-    const bool isRefusal = fault == Fault::Result || fault == Fault::HostException || fault == Fault::InTurn;
-    return isRefusal && (qstrcmp(operation, "Tree::InsertValue") == 0 || qstrcmp(operation, "ValueBase::SetName") == 0);
+    const bool isHostException = fault == Fault::HostException || fault == Fault::InTurn;
+    if (qstrcmp(operation, "Tree::InsertValue") == 0)
+        return isHostException || fault == Fault::Result;
+    return (isHostException && qstrcmp(operation, "Tree::Instance") == 0) ||
+           (fault == Fault::Result && qstrcmp(operation, "ValueBase::SetName") == 0);
 }
 
 template <typename Call>
