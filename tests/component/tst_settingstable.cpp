@@ -1,9 +1,13 @@
 #include "settingstable.h"
 #include "support/freshtree.h"
+#include "support/recordingobserver.h"
 #include "support/testmain.h"
+#include "valuetools.h"
+#include "ztbase/observation.h"
 
 using namespace VelmarGui;
 using testsupport::FreshTree;
+using testsupport::RecordingObserver;
 using values::Tree;
 using values::ValueBase;
 
@@ -54,6 +58,38 @@ private slots:
                                      "Config/DFLocateType", "Config/DFLocateActivity", "Config/DFLocateActivityTrigger",
                                      "Config/OverwriteThreshold", "Config/Mode", "Config/Quality", "Config/Threshold",
                                      "Config/Bandwidth", "Config/AverageTime"}));
+    }
+
+    void anExchangeOfItemsThatFailsEndsItsTransactionAndIsTold()
+    {
+        const FreshTree tree;
+        auto* const mode = tree.add<values::ValueSelection>("/mode");
+        mode->AddItem("Normal", 0.0, 0);
+        RecordingObserver observer;
+        const Observation observation(*mode, observer);
+        const auto failing = [](values::ValueSelection& items) {
+            items.DeleteItems();
+            throw 42;
+        };
+        QVERIFY_EXCEPTION_THROWN(exchangeItems(*mode, failing), int);
+        QVERIFY(!mode->IsTransactionActive());
+        QCOMPARE(observer.codes, std::vector<TChangeCode>{ChangeItems});
+    }
+
+    void anExchangeOfItemsMayEndTheValueAndFailThen()
+    {
+        const FreshTree tree;
+        auto* const mode = tree.add<values::ValueSelection>("/mode");
+        RecordingObserver observer([](Observable*, TChangeCode code) {
+            if (code == ChangeItems) {
+                Tree::Instance()->DeleteValue("/mode");
+                throw 42;
+            }
+        });
+        const Observation observation(*mode, observer);
+        const auto exchange = [](values::ValueSelection& items) { items.AddItem("Normal", 0.0, 0); };
+        QVERIFY_EXCEPTION_THROWN(exchangeItems(*mode, exchange), int);
+        QVERIFY(!Tree::Instance()->FindValue("/mode"));
     }
 
     void theSlotsAreThoseOfTheSettings()

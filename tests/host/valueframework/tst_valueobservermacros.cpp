@@ -314,6 +314,27 @@ private slots:
         pointer.Assign(nullptr);
     }
 
+    void aValueWhoseInsertionIsAnsweredByAFailureStaysInTheTree()
+    {
+        class FailingListener : public values::ITreeListener
+        {
+        public:
+            FailingListener() { Tree::Instance()->AddListener(this); }
+            ~FailingListener() override { Tree::Instance()->RemoveListener(this); }
+            void ValueInserted(ValueBase* /*value*/) override { throw 42; }
+            void ValueRemoved(const QString& /*path*/) override {}
+        };
+        const FreshTree tree;
+        const FailingListener listener;
+        ValuePtr<BoolValue> pointer;
+        QVERIFY_EXCEPTION_THROWN(LinkOrCreate(pointer, "A/V"), int);
+        QVERIFY(!pointer);
+        QVERIFY(Tree::Instance()->FindValue("A/V"));
+        QVERIFY_EXCEPTION_THROWN(values::CreateOrLink<BoolValue>("A/W"), int);
+        QVERIFY(Tree::Instance()->FindValue("A/W"));
+        QVERIFY(!LinkOrCreate(pointer, "A/V"));
+    }
+
     void twoPointersOfOneOwnerShareOneRegistration()
     {
         FreshTree fresh;
