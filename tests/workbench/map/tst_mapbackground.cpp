@@ -217,11 +217,11 @@ private slots:
     {
         Bench bench;
         QByteArrayList features;
-        for (int i = 0; i < 60000; ++i)
+        for (int i = 0; i < 20000; ++i)
             features += river;
         const QString file = bench.write("long", collection(features));
         QSignalSpy progress(&bench.background(), &MapBackground::progressed);
-        QVERIFY(bench.opened(file).contains("(shapes: 60000)"));
+        QVERIFY(bench.opened(file).contains("(shapes: 20000)"));
         QVERIFY(!progress.isEmpty());
         int before = 0;
         for (const auto& each : progress) {
