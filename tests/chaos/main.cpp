@@ -23,8 +23,10 @@ namespace {
 struct Progress
 {
     quint64 seed = 0;
-    std::atomic<int> operations{0};
-    std::atomic<const char*> current{""};
+    std::atomic<const Operations*> operations{nullptr};
+
+    [[nodiscard]] int count() const { return operations != nullptr ? operations.load()->count() : 0; }
+    [[nodiscard]] const char* current() const { return operations != nullptr ? operations.load()->current() : ""; }
 };
 Progress progress;
 const char* programName = "chaos";
@@ -32,12 +34,11 @@ const char* programName = "chaos";
 void printReplay()
 {
     char text[400];
+    const auto seed = static_cast<unsigned long long>(progress.seed);
     const int length = std::snprintf(text, sizeof text,
-                                     "\nchaos: seed %llu ended after operation %d (%s). Once more:\n  %s --seed %llu "
+                                     "\nchaos: seed %llu ended in operation %d (%s). Once more:\n  %s --seed %llu "
                                      "--operations %d --list\n",
-                                     static_cast<unsigned long long>(progress.seed), progress.operations.load(),
-                                     progress.current.load(), programName,
-                                     static_cast<unsigned long long>(progress.seed), progress.operations.load() + 1);
+                                     seed, progress.count(), progress.current(), programName, seed, progress.count());
     if (write(STDERR_FILENO, text, static_cast<std::size_t>(length)) < 0)
         std::abort();
 }
@@ -69,7 +70,9 @@ public:
         , m_checks(m_world, m_operations)
         , m_started(OwnClock::realSeconds())
     {
+        progress.operations = &m_operations;
     }
+    ~Run() override { progress.operations = nullptr; }
 
     int exec()
     {
@@ -111,7 +114,6 @@ private:
         }
         for (int i = m_dice.between(1, 40); i > 0 && !m_isFailed && !isDone(); --i) {
             m_operations.performAny();
-            progress.operations = m_operations.count();
             if (m_options.list)
                 std::printf("%s\n", qPrintable(m_operations.latest().back()));
             if (m_options.checkEach)
@@ -241,7 +243,7 @@ void endWhenItHangs(int seconds)
         int before = -1;
         for (;;) {
             std::this_thread::sleep_for(std::chrono::seconds(seconds));
-            const int now = progress.operations;
+            const int now = progress.count();
             if (now == before) {
                 std::fputs("chaos: nothing has happened for a long time.\n", stderr);
                 std::abort();
