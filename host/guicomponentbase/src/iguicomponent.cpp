@@ -39,6 +39,7 @@ void IGuiComponent::ConnectVelmarGuiServices(GuiComponentCommon* /*common*/) {}
 
 void IGuiComponent::ConnectInterfaceValues() {}
 
+// The interface has it by value; components are built for that. NOLINTNEXTLINE(performance-unnecessary-value-param)
 void IGuiComponent::SglMdConnected(QString /*device*/) {}
 
 void IGuiComponent::SglMdInfoConnected() {}

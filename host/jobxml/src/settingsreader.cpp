@@ -45,7 +45,7 @@ void SettingsReader::skip()
 
 QString SettingsReader::readText()
 {
-    const QString text = m_xml.readElementText(QXmlStreamReader::ErrorOnUnexpectedElement).trimmed();
+    QString text = m_xml.readElementText(QXmlStreamReader::ErrorOnUnexpectedElement).trimmed();
     --m_depth;
     return text;
 }
