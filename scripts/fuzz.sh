@@ -44,7 +44,7 @@ run() {
   local program="build/fuzz/fuzz/fuzz_$subject"
   [ ! -f "fuzz/dictionaries/$subject.dict" ] || options+=("-dict=fuzz/dictionaries/$subject.dict")
   mkdir -p "$work/$subject"
-  if "$program" -max_total_time="$seconds" -max_len="${longest[$subject]:-2048}" -timeout=10 -rss_limit_mb=2048 \
+  if "$program" -max_total_time="$seconds" -max_len="${longest[$subject]:-2048}" -timeout=10 -rss_limit_mb=4096 \
     -artifact_prefix="$findings/$subject-" -print_final_stats=1 "${options[@]}" "$work/$subject" "fuzz/corpus/$subject" \
     >"$log" 2>&1; then
     printf '%-17s %10s inputs\n' "$subject" "$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")"
