@@ -5,6 +5,7 @@
 #include <QAbstractItemView>
 #include <QFontInfo>
 #include <QFontMetrics>
+#include <QRandomGenerator>
 
 using VelmarGui::FittedComboBox;
 using VelmarGui::FittedLabel;
@@ -35,6 +36,7 @@ class TestFittedText : public QObject
     Q_OBJECT
 
 private slots:
+    void everySizeAboveTheOneTakenIsTooLarge();
     void aTextThatFitsIsLeftAlone();
     void aTextTooWideGetsTheLargestFontThatFits();
     void aTextTooHighGetsASmallerFont();
@@ -170,6 +172,34 @@ void TestFittedText::aListIsAsWideAsItsTexts()
     combo.showPopup();
     QVERIFY(combo.view()->viewport()->width() >= combo.view()->sizeHintForColumn(0));
     combo.hidePopup();
+}
+
+void TestFittedText::everySizeAboveTheOneTakenIsTooLarge()
+{
+    QRandomGenerator random(17);
+    const QString alphabet = QStringLiteral("0123456789. kHzMnoDFiW");
+    for (int turn = 0; turn < 400; ++turn) {
+        QString text;
+        for (int i = random.bounded(1, 24); i > 0; --i)
+            text += alphabet.at(random.bounded(alphabet.size()));
+        QFont font;
+        font.setPixelSize(random.bounded(6, 30));
+        const QSize room(random.bounded(1, 160), random.bounded(8, 40));
+        const int flags = random.bounded(2) == 0 ? int(Qt::AlignLeft) : int(Qt::AlignLeft) | Qt::TextWordWrap;
+        const auto fitsWith = [&](int size) {
+            QFont tried = font;
+            tried.setPixelSize(size);
+            const QSize needed = QFontMetrics(tried).boundingRect(QRect(QPoint(), room), flags, text).size();
+            return needed.width() <= room.width() && needed.height() <= room.height();
+        };
+        int expected = font.pixelSize();
+        while (expected > 8 && !fitsWith(expected))
+            --expected;
+        const FittedText fitted = fitText(text, font, room, flags);
+        QCOMPARE(fitted.font.pixelSize(), expected);
+        const QString shortened = QFontMetrics(fitted.font).elidedText(text, Qt::ElideRight, room.width());
+        QCOMPARE(fitted.text, fitsWith(expected) ? text : shortened);
+    }
 }
 
 DFL_TEST_MAIN(TestFittedText)

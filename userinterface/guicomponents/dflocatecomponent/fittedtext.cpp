@@ -20,9 +20,13 @@ constexpr int smallestPixelSize = 8;
 /// More characters fit into no toolbar in any font. Measuring a text takes its time for every character.
 constexpr int mostCharacters = 1000;
 
-bool fits(const QString& text, const QFont& font, const QSize& room, int flags)
+QSize neededSize(const FittedText& text, const QSize& room, int flags)
 {
-    const QSize needed = QFontMetrics(font).boundingRect(QRect(QPoint(0, 0), room), flags, text).size();
+    return QFontMetrics(text.font).boundingRect(QRect(QPoint(0, 0), room), flags, text.text).size();
+}
+
+bool fits(const QSize& needed, const QSize& room)
+{
     return needed.width() <= room.width() && needed.height() <= room.height();
 }
 
@@ -31,13 +35,25 @@ bool fits(const QString& text, const QFont& font, const QSize& room, int flags)
 FittedText fitText(const QString& text, const QFont& font, const QSize& room, int flags)
 {
     FittedText fitted{text.left(mostCharacters), font};
-    for (int size = QFontInfo(font).pixelSize(); !fits(fitted.text, fitted.font, room, flags); --size) {
-        if (size <= smallestPixelSize) {
-            fitted.text = QFontMetrics(fitted.font).elidedText(fitted.text, Qt::ElideRight, room.width());
-            break;
-        }
-        fitted.font.setPixelSize(size - 1);
+    const QSize needed = neededSize(fitted, room, flags);
+    if (fits(needed, room))
+        return fitted;
+    const auto fitsWith = [&](int pixelSize) {
+        fitted.font.setPixelSize(pixelSize);
+        return fits(neededSize(fitted, room, flags), room);
+    };
+    const int tooLarge = QFontInfo(font).pixelSize();
+    if (tooLarge > smallestPixelSize) {
+        // A text is about as wide as its letters are high, and every size that is tried is a font to load.
+        int size = std::clamp(tooLarge * room.width() / std::max(1, needed.width()), smallestPixelSize, tooLarge - 1);
+        while (size > smallestPixelSize && !fitsWith(size))
+            --size;
+        while (size + 1 < tooLarge && fitsWith(size + 1))
+            ++size;
+        if (fitsWith(size))
+            return fitted;
     }
+    fitted.text = QFontMetrics(fitted.font).elidedText(fitted.text, Qt::ElideRight, room.width());
     return fitted;
 }
 
