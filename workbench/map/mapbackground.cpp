@@ -33,7 +33,7 @@ std::variant<QByteArray, QString> readBytes(const QString& name, const GeoJsonPr
         return file.errorString();
     if (file.size() > GeoJson::largestText)
         return MapBackground::tr("it is larger than %1 bytes").arg(GeoJson::largestText);
-    constexpr qint64 block = 1024 * 1024;
+    constexpr qint64 block = 1048576; // bytes
     QByteArray bytes;
     while (!file.atEnd() && bytes.size() <= GeoJson::largestText) {
         if (!goesOn(static_cast<double>(bytes.size()) / static_cast<double>(std::max<qint64>(1, file.size()))))
