@@ -10,7 +10,6 @@
 
 #include <QCoreApplication>
 #include <QJsonDocument>
-#include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
 
@@ -102,19 +101,20 @@ Loaded<Scenario> load(const QByteArray& json, const QString& as)
 /// Every error names a line that the text has.
 void requireLines(const QStringList& errors, const QByteArray& json)
 {
-    static const QRegularExpression place(QStringLiteral("\\Ain:(\\d+): "));
     for (const QString& error : errors) {
-        const QRegularExpressionMatch match = place.match(error);
-        FUZZ_REQUIRE(match.hasMatch());
-        FUZZ_REQUIRE(isWithin(match.captured(1).toInt(), 1, json.count('\n') + 1));
+        bool isNumber = false;
+        const int line = error.section(QLatin1Char(':'), 1, 1).toInt(&isNumber);
+        FUZZ_REQUIRE(isNumber && isWithin(line, 1, json.count('\n') + 1));
     }
 }
 
-QStringList withoutLines(QStringList errors)
+QStringList withoutLines(const QStringList& errors)
 {
-    errors.replaceInStrings(QRegularExpression(QStringLiteral("\\Ain:\\d+: ")), QString());
-    errors.sort();
-    return errors;
+    QStringList texts;
+    for (const QString& error : errors)
+        texts += error.section(QLatin1Char(':'), 2);
+    texts.sort();
+    return texts;
 }
 
 /// The same JSON in one line and in many: the same scenario, or the same errors.
