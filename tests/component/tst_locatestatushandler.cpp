@@ -185,6 +185,7 @@ private slots:
     void anyButtonOpensTheReport();
     void theDisplayMayBeDeletedWhileItsReportIsOpen_data();
     void theDisplayMayBeDeletedWhileItsReportIsOpen();
+    void theMainWindowMayBeDeletedWhileItsBoxIsOpen();
     void textsAreTranslatedInTheClassContext();
 
     // Life
@@ -993,6 +994,22 @@ void TestLocateStatusHandler::theDisplayMayBeDeletedWhileItsReportIsOpen()
     QTest::mouseClick(display->windowHandle(), Qt::LeftButton, Qt::NoModifier, handler->GetLamp()->geometry().center());
     QCOMPARE(shown.seen.size(), std::size_t(1));
     QVERIFY(!handler);
+}
+
+void TestLocateStatusHandler::theMainWindowMayBeDeletedWhileItsBoxIsOpen()
+{
+    auto window = std::make_unique<QWidget>();
+    GuiCentral::Instance()->SetMainWidget(window.get());
+    Display display(*m_common);
+    const QWidget* parentOfBox = nullptr;
+    QTimer::singleShot(0, &display.window, [&] {
+        parentOfBox = QApplication::activeModalWidget()->parentWidget();
+        QCOMPARE(parentOfBox, window.get());
+        window.reset();
+    });
+    QMetaObject::invokeMethod(&display.handler, "slot_open");
+    QVERIFY(parentOfBox != nullptr);
+    QVERIFY(window == nullptr);
 }
 
 void TestLocateStatusHandler::textsAreTranslatedInTheClassContext()

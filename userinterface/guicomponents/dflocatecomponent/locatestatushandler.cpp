@@ -152,12 +152,21 @@ bool LocateStatusHandler::IsAnyUsable() const
     return reads(m_hriUsable) || reads(m_dfUsable);
 }
 
+/// The box is a child of the main window: it goes with the window when that is deleted while the box is open.
+void LocateStatusHandler::TellNotYetConnected()
+{
+    const QPointer<QMessageBox> box(new QMessageBox(QMessageBox::Information, tr("Locate states"),
+                                                    tr("Not yet connected"), QMessageBox::Ok,
+                                                    GuiCentral::Instance()->GetMainWidget()));
+    box->exec();
+    delete box;
+}
+
 void LocateStatusHandler::slot_open()
 {
     runEntry("LocateStatusHandler::slot_open", sourceFile, __LINE__, [this] {
         if (!m_frequency) {
-            QMessageBox::information(GuiCentral::Instance()->GetMainWidget(), tr("Locate states"),
-                                     tr("Not yet connected"), QMessageBox::Ok);
+            TellNotYetConnected();
             return;
         }
         QMessageBox box;

@@ -56,6 +56,7 @@ private:
     void Evaluate();
     void EvaluateUsability();
     void ShowLamp(bool on);
+    static void TellNotYetConnected();
     [[nodiscard]] bool CanLocateHri() const;
     [[nodiscard]] bool IsAnyUsable() const;
 
