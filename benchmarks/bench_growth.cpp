@@ -85,6 +85,7 @@ void oneResult(benchmark::State& state, int stations, int instances)
         };
         (void)write(1);
         std::vector<std::unique_ptr<Instance>> shown;
+        shown.reserve(static_cast<std::size_t>(instances));
         for (int i = 0; i < instances; ++i)
             shown.push_back(std::make_unique<Instance>());
         QCoreApplication::processEvents();

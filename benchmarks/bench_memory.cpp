@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int count = 10000;
+constexpr std::size_t count = 10000;
 
 std::size_t bytesInUse()
 {
@@ -29,7 +29,7 @@ void measure(benchmark::State& state, Make make)
     for (auto _ : state) {
         const std::size_t before = bytesInUse();
         [[maybe_unused]] const auto holder = make();
-        state.counters["bytes"] = static_cast<double>(bytesInUse() - before) / count;
+        state.counters["bytes"] = static_cast<double>(bytesInUse() - before) / static_cast<double>(count);
     }
     values::Tree::Instance()->Clear();
 }
@@ -50,7 +50,7 @@ void valueInTree(benchmark::State& state)
 {
     values::Tree::Instance()->Clear();
     measure(state, [] {
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < static_cast<int>(count); ++i) {
             auto* const value = new values::DoubleValue(contentOf(i));
             value->SetName(nameOf(i), nullptr);
             values::Tree::Instance()->InsertValue(folder, value);
@@ -65,7 +65,7 @@ void textsOfValue(benchmark::State& state)
     measure(state, [] {
         std::vector<QString> texts;
         texts.reserve(2 * count);
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < static_cast<int>(count); ++i) {
             texts.push_back(folder + nameOf(i));
             texts.push_back(QString::number(contentOf(i), 'f', 0));
         }
@@ -76,11 +76,12 @@ void textsOfValue(benchmark::State& state)
 QString statusText()
 {
     QString text;
-    for (int i = 1; i <= count; ++i)
+    for (int i = 1; i <= static_cast<int>(count); ++i) {
         text += QStringLiteral("#DFID%1#N_Station %1#LO%2#LA%3#ST49#FB20000000#FE3000000000")
                     .arg(i)
                     .arg(6.0 + i * 0.001, 0, 'f', 6)
                     .arg(47.0 + i * 0.0002, 0, 'f', 6);
+    }
     text.squeeze();
     return text;
 }

@@ -39,6 +39,7 @@ signals:
 std::vector<std::unique_ptr<Counter>> observersFor(const benchmark::State& state)
 {
     std::vector<std::unique_ptr<Counter>> observers;
+    observers.reserve(static_cast<std::size_t>(state.range(0)));
     for (auto i = state.range(0); i > 0; --i)
         observers.push_back(std::make_unique<Counter>());
     return observers;
@@ -65,6 +66,7 @@ void bareLoop(benchmark::State& state)
     const auto observers = observersFor(state);
     Observable source;
     std::vector<IObserver*> plain;
+    plain.reserve(observers.size());
     for (const auto& observer : observers)
         plain.push_back(observer.get());
     for (auto _ : state)

@@ -22,6 +22,7 @@ constexpr int keyOf(int index)
 std::vector<int> shuffledKeys(int count)
 {
     std::vector<int> keys;
+    keys.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
         keys.push_back(keyOf(i));
     std::shuffle(keys.begin(), keys.end(), std::mt19937(1));
