@@ -57,7 +57,7 @@ void GuiComponentTools::Private::MakeRelay(values::ValueBase* value, QObject* re
         return;
     relay->setParent(&m_relayOwner);
     QObject::connect(receiver, &QObject::destroyed, relay.get(), [ended = relay.get()] { delete ended; });
-    relay.release(); // the parent owns it now
+    static_cast<void>(relay.release()); // the parent owns it now
 }
 
 GuiComponentTools::GuiComponentTools(GuiComponentCommon* common, const QString& componentName)
