@@ -4,6 +4,8 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <cmath>
@@ -156,6 +158,13 @@ public:
         }
     }
 
+    /// What one of them writes must not replace what the other does.
+    void differ(const QString& name, const QString& other)
+    {
+        if (isSet(name) && isSet(other) && place(m_parser.value(name)) == place(m_parser.value(other)))
+            errors += tr("The options --%1 and --%2 name the same file.").arg(name, other);
+    }
+
     void needs(const QString& name, const QString& needed)
     {
         if (isSet(name) && !isSet(needed))
@@ -165,6 +174,12 @@ public:
     QStringList errors;
 
 private:
+    static QString place(const QString& file)
+    {
+        const QFileInfo info(file);
+        return info.exists() ? info.canonicalFilePath() : QDir::cleanPath(info.absoluteFilePath());
+    }
+
     QString path(const QString& name, const QString& expected)
     {
         if (!isSet(name))
@@ -312,6 +327,9 @@ void checkConflicts(Reader& reader)
     for (const QString& name : {historyFromName, historyToName, historyFrequencyName, historyToleranceName})
         reader.needs(name, historyName);
     reader.needs(jsonName, headlessName);
+    reader.differ(recordName, historyName);
+    reader.differ(screenshotName, historyName);
+    reader.differ(screenshotName, recordName);
 }
 
 QString helpText(const QCommandLineParser& parser)

@@ -34,6 +34,7 @@ private slots:
     void aBadValueIsNamedWithOptionTextAndExpectation();
     void optionsThatExcludeEachOtherAreRefused_data();
     void optionsThatExcludeEachOtherAreRefused();
+    void optionsThatWriteDifferentThingsNeedDifferentFiles();
     void anOptionWithoutTheOneItNeedsIsRefused_data();
     void anOptionWithoutTheOneItNeedsIsRefused();
     void everythingThatIsWrongIsReported();
@@ -260,6 +261,17 @@ void TestOptions::optionsThatExcludeEachOtherAreRefused()
     QFETCH(QString, second);
     QCOMPARE(read(arguments).errors,
              QStringList(QStringLiteral("The options --%1 and --%2 exclude each other.").arg(first, second)));
+}
+
+void TestOptions::optionsThatWriteDifferentThingsNeedDifferentFiles()
+{
+    QCOMPARE(read({"--record", "kept.sqlite", "--history", QDir::currentPath() + "/kept.sqlite"}).errors,
+             QStringList("The options --record and --history name the same file."));
+    QCOMPARE(read({"--screenshot", "a.png", "--history", "./a.png"}).errors,
+             QStringList("The options --screenshot and --history name the same file."));
+    QCOMPARE(read({"--screenshot", "a.png", "--record", "a.png"}).errors,
+             QStringList("The options --screenshot and --record name the same file."));
+    QCOMPARE(read({"--screenshot", "a.png", "--record", "a.csv", "--history", "a.sqlite"}).errors, QStringList());
 }
 
 void TestOptions::anOptionWithoutTheOneItNeedsIsRefused_data()
