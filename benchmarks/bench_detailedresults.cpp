@@ -1,3 +1,5 @@
+// The macros that register benchmarks make globals. clazy:excludeall=non-pod-global-static
+
 // The table with the results of all stations, filled from the result values.
 //
 // The peer formats and sets the same cells one after the other, as a table is filled plainly. Two results take turns,

@@ -1,3 +1,5 @@
+// The macros that register benchmarks make globals. clazy:excludeall=non-pod-global-static
+
 // Fixes, against the same search with numerical derivatives: central differences of the residuals in place of the exact
 // derivatives of geodesics and great circles.
 

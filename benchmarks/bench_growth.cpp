@@ -1,3 +1,5 @@
+// The macros that register benchmarks make globals. clazy:excludeall=non-pod-global-static
+
 // How the cost of one result grows with the number of stations and with the number of component instances: from the
 // driver's first write until everything is painted.
 

@@ -1,3 +1,5 @@
+// The macros that register benchmarks make globals. clazy:excludeall=non-pod-global-static
+
 // The memory that a value of the tree and a station of a locate service take, against the bare texts that say the same.
 
 #include "benchmarkmain.h"

@@ -1,3 +1,5 @@
+// The macros that register benchmarks make globals. clazy:excludeall=non-pod-global-static
+
 // Telling observers of a change, against a bare loop over them and against other ways to tell.
 
 #include "benchmarkmain.h"

@@ -1,3 +1,5 @@
+// The macros that register benchmarks make globals. clazy:excludeall=non-pod-global-static
+
 // The locate toolbar built, bound to a driver's values and shown, against a bare toolbar with the same stock widgets;
 // and the component out of its library, loaded anew each time, against the same component linked into this program.
 

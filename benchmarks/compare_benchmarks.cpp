@@ -39,7 +39,8 @@ auto readFile(const QString& fileName, Read read)
 std::vector<benchmarks::Run> runsOf(const QString& subject, const QDir& folder)
 {
     std::vector<benchmarks::Run> runs;
-    for (const QString& name : folder.entryList({subject + QLatin1String(".*.json")}, QDir::Files))
+    const QStringList names = folder.entryList({subject + QLatin1String(".*.json")}, QDir::Files);
+    for (const QString& name : names)
         runs.push_back(readFile(folder.filePath(name), [](const QByteArray& json) { return benchmarks::Run(json); }));
     return runs;
 }
@@ -51,7 +52,8 @@ int compare(const QStringList& arguments)
     const QDir folder(arguments[2]);
     std::vector<benchmarks::Outcome> outcomes;
     bool allMet = true;
-    for (const QString& subject : arguments.mid(3)) {
+    const QStringList subjects = arguments.mid(3);
+    for (const QString& subject : subjects) {
         const std::vector<benchmarks::Run> runs = runsOf(subject, folder);
         for (const benchmarks::Goal& goal : goals) {
             if (goal.subject != subject)

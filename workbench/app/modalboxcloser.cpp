@@ -12,7 +12,7 @@ namespace {
 
 QString textOf(const QWidget* window)
 {
-    const QString title = window->windowTitle();
+    QString title = window->windowTitle();
     const auto* const box = qobject_cast<const QMessageBox*>(window);
     if (box == nullptr)
         return title;
