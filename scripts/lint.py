@@ -79,8 +79,8 @@ class Linter:
         self.made_of = {build: dependencies(build) for build in builds}
         self.stamps = builds[0] / "lint" / ("complete" if complete else "quick")
         self.stamps.mkdir(parents=True, exist_ok=True)
-        # Qt's logging macros are called without the arguments that strict C++17 asks for.
-        words = ["-Wno-gnu-zero-variadic-macro-arguments"]
+        # Qt's logging macros are called without the arguments that strict C++17 asks for; benchmarks use attributes of gcc.
+        words = ["-Wno-gnu-zero-variadic-macro-arguments", "-Wno-unknown-attributes"]
         if not complete:
             words += ["-Xclang", "-analyzer-config", "-Xclang", f"max-nodes={QUICK_ANALYZER_NODES}"]
         extra = [f"--extra-arg={word}" for word in words]
