@@ -12,6 +12,7 @@ namespace {
 std::vector<DeviceStep> stepsOf(const ItemList& list)
 {
     std::vector<DeviceStep> steps;
+    steps.reserve(static_cast<std::size_t>(list.count));
     for (int i = 0; i < list.count; ++i)
         steps.push_back({QString::fromLatin1(list.items[i].text), list.items[i].number});
     return steps;
