@@ -3,8 +3,8 @@
 #
 #   ./test.sh              what every change has to pass: the suite as developers build it and under sanitizers,
 #                          static analysis, and a few seconds of each fuzzer
-#   ./test.sh --long       that, and what takes hours: static analysis of the tests, coverage, ten further seeds of
-#                          chaos, ten minutes of each fuzzer, and an hour of measuring
+#   ./test.sh --long       that, and what takes hours: coverage, every failure of the host at every call, ten
+#                          further seeds of chaos, ten minutes of each fuzzer, and an hour of measuring
 #   ./test.sh <preset>...  only the suite of these presets (dev, release, asan)
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -26,15 +26,17 @@ everyday() {
 }
 
 long() {
-  scripts/lint.sh --all
   scripts/coverage.sh
+  DFLOCATE_ALL_FAULTS=1 QT_QPA_PLATFORM=offscreen build/dev/tests/tst_failuresatsetup
   local n
   for n in {1..10}; do
     LSAN_OPTIONS=suppressions=tests/lsan.supp:print_suppressions=0 QT_QPA_PLATFORM=offscreen \
-      build/asan/tests/chaos --operations 500000
+      build/asan/bin/chaos --operations 500000
   done
   scripts/fuzz.sh 600
-  QT_QPA_PLATFORM=offscreen build/dev/bin/soak --minutes 60
+  cmake --preset release
+  cmake --build --preset release --target soak
+  QT_QPA_PLATFORM=offscreen build/release/bin/soak --minutes 60
 }
 
 scripts/install-packages.sh test
