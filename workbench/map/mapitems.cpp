@@ -18,7 +18,6 @@ namespace {
 constexpr double signRadius = 6.0; // pixels, like all sizes of signs
 constexpr double markRadius = 11.0;
 constexpr double textDistance = 14.0;
-constexpr int mostCharacters = 40;
 
 QFont signFont()
 {
@@ -47,11 +46,9 @@ MapSign::MapSign(Shape shape, MapLayer layer)
 
 void MapSign::setText(const QString& text)
 {
-    // A text longer than any name would lie over all others, and each of its letters is a shape to paint.
-    const QString line = text.size() > mostCharacters ? text.left(mostCharacters) + QChar(0x2026) : text;
-    if (line == m_text)
+    if (text == m_text)
         return;
-    m_text = line;
+    m_text = text;
     measureText();
 }
 

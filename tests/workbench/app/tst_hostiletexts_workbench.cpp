@@ -5,6 +5,7 @@
 #include "app/tracemodel.h"
 #include "app/valuetreemodel.h"
 #include "drivers/dfsource.h"
+#include "map/mapformats.h"
 #include "map/mapitems.h"
 
 #include "support/freshtree.h"
@@ -267,7 +268,7 @@ void TestHostileTextsWorkbench::theMapWritesNoLongerNamesThanThereIsRoomFor()
 {
     QFETCH(QString, text);
     StationItem station(1);
-    station.setText(text);
+    station.setText(stationText(text));
     QVERIFY(station.boundingRect().width() < 1500.0);
     QImage picture(100, 100, QImage::Format_ARGB32);
     QPainter painter(&picture);
