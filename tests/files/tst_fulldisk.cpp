@@ -217,8 +217,8 @@ private:
     {
         const QTemporaryDir elsewhere;
         const Room plenty(1LL << 40);
-        ResultFile(elsewhere.filePath(QStringLiteral("history.sqlite")), {});
-        return (1LL << 40) - Room::left();
+        const ResultFile store(elsewhere.filePath(QStringLiteral("history.sqlite")), {});
+        return (1LL << 40) - Room::left(); // without what is written on closing, which the file can do without
     }
 
     [[nodiscard]] static qint64 bytesNeededToStore()
