@@ -155,14 +155,17 @@ private slots:
     void aStoreThatCannotBeMadeIsToldAndMadeLater()
     {
         const qint64 needed = bytesNeededToMake();
-        QVERIFY(needed > 4096);
+        const qint64 lastPage =
+            4096; // SQLite makes up for it later: where it has no room, the store is made all the same
+        QVERIFY(needed > 2 * lastPage);
         int attempt = 0;
         for (qint64 room = 0; room < needed; room += 500) {
             const QString path = m_folder->filePath(QStringLiteral("history%1.sqlite").arg(++attempt));
             {
                 const Room limit(room);
-                QCOMPARE(sentenceOf([&] { ResultFile(path, {}); }),
-                         path + QString(": cannot be opened: the disk is full"));
+                const QString sentence = sentenceOf([&] { ResultFile(path, {}); });
+                if (room < needed - lastPage || !sentence.isEmpty())
+                    QCOMPARE(sentence, path + QString(": cannot be opened: the disk is full"));
             }
             ResultFile store(path, {});
             store.append(resultOfSeries(1));
@@ -217,8 +220,8 @@ private:
     {
         const QTemporaryDir elsewhere;
         const Room plenty(1LL << 40);
-        const ResultFile store(elsewhere.filePath(QStringLiteral("history.sqlite")), {});
-        return (1LL << 40) - Room::left(); // without what is written on closing, which the file can do without
+        ResultFile(elsewhere.filePath(QStringLiteral("history.sqlite")), {});
+        return (1LL << 40) - Room::left();
     }
 
     [[nodiscard]] static qint64 bytesNeededToStore()
