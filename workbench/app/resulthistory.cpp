@@ -145,10 +145,11 @@ void ResultHistory::answer(quint64 number, const HistoryFix& fix)
     m_locate.reset();
     m_lastFix = fix;
     const QPointer<ResultHistory> alive(this);
-    if (!fix.isComplete)
+    if (!fix.isComplete) {
         tellOnce(tr("%1: more than %2 results are chosen; the position is computed from the newest of them.")
                      .arg(m_file)
                      .arg(m_limit));
+    }
     emit stateChanged();
     if (alive)
         emit located(fix);
