@@ -84,7 +84,8 @@ public:
         auto* const button = toolbar->findChild<QAbstractButton*>(QStringLiteral("DetailedResults"));
         button->setDown(true);
         emit button->pressed();
-        for (QWidget* const window : QApplication::topLevelWidgets()) {
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        for (QWidget* const window : windows) {
             if (window->objectName() == QStringLiteral("DetailedResults"))
                 m_window = window;
         }
@@ -99,7 +100,8 @@ public:
     {
         for (QWidget* const window : {static_cast<QWidget*>(&m_main), m_window}) {
             window->update();
-            for (QWidget* const child : window->findChildren<QWidget*>())
+            const QList<QWidget*> children = window->findChildren<QWidget*>();
+            for (QWidget* const child : children)
                 child->update();
         }
     }
