@@ -97,7 +97,8 @@ public:
     explicit BareLines(const Map& map)
     {
         const QTransform toView = map.canvas.viewportTransform();
-        for (const QGraphicsItem* const item : map.scene.items()) {
+        const QList<QGraphicsItem*> items = map.scene.items();
+        for (const QGraphicsItem* const item : items) {
             if (const auto* const bearing = qgraphicsitem_cast<const BearingItem*>(item))
                 m_lines.push_back({toView.map(bearing->line()), bearing->pen()});
         }
