@@ -209,10 +209,10 @@ void probeButtonColour(const QToolBar& toolBar, const IObserver* detail, QString
                         .arg(stations->GetItemCount());
 }
 
-/// The windows of all toolbars show the stations in their order.
-void probeDetails(QStringList& failures)
+/// The window of the toolbar shows the stations in their order, as far as the toolbar still hears of them.
+void probeDetails(const IObserver* detail, QStringList& failures)
 {
-    auto* const stations = find<ValueSelection>(resultPath("SelectedDF"));
+    auto* const stations = bound<ValueSelection>(resultPath("SelectedDF"), detail);
     if (stations == nullptr)
         return;
     stations->HasChanged(ChangeItems, nullptr);
@@ -427,8 +427,8 @@ QStringList Checks::probe()
         probeNumbers(*toolBar, detail, failures);
         probeButtonColour(*toolBar, detail, failures);
         probeErrors(*toolBar, detail, failures);
+        probeDetails(detail, failures);
     }
-    probeDetails(failures);
     if (toolBar)
         probeStartButton(*toolBar, failures);
     m_operations.setQuiet(false);
