@@ -63,13 +63,13 @@ function(dfl_host_library name)
   install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/dflocate-host)
 endfunction()
 
-# dfl_test(<name> SOURCES <files> LIBRARIES <targets> [ENVIRONMENT <var=value>...] [LABELS <labels>] [TIMEOUT <s>]
-#          [REAL_DISPLAY])
+# dfl_test(<name> SOURCES <files> LIBRARIES <targets> [ARGUMENTS <arguments>] [ENVIRONMENT <var=value>...]
+#          [LABELS <labels>] [TIMEOUT <s>] [REAL_DISPLAY])
 #
 # One test program, run by CTest: without a display, or with REAL_DISPLAY in an X display of its own with a window manager.
 # It has no session bus: Qt's platform themes would start one, and the program may end in the middle of that.
 function(dfl_test name)
-  cmake_parse_arguments(ARG "REAL_DISPLAY" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT;LABELS" ${ARGN})
+  cmake_parse_arguments(ARG "REAL_DISPLAY" "TIMEOUT" "SOURCES;LIBRARIES;ARGUMENTS;ENVIRONMENT;LABELS" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 180)
     if(DFLOCATE_SANITIZE)
@@ -84,7 +84,7 @@ function(dfl_test name)
     add_test(NAME ${name} COMMAND "${CMAKE_SOURCE_DIR}/scripts/with-display.sh" $<TARGET_FILE:${name}>)
   else()
     set(platform offscreen)
-    add_test(NAME ${name} COMMAND ${name})
+    add_test(NAME ${name} COMMAND ${name} ${ARG_ARGUMENTS})
   endif()
   set_tests_properties(
     ${name}
