@@ -33,16 +33,19 @@ const QLatin1String hriStatusPath("/DRV/DRIVER/DFLOCATE/LocateHRIStatus");
 constexpr int frameMs = 16;
 
 /// The sizes of the item lists are known, so creation needs no look at what is there: a value that was there before
-/// gets the same content as a new one.
+/// gets the same content as a new one. Who hears of the first items may delete the value; the driver goes without then.
 void setUpList(ValueSelection* selection, const ItemList& list, int currentKey)
 {
     if (selection == nullptr)
         return;
+    const Observable::Life life = selection->GetLife();
     selection->DeleteItems();
-    for (int key = 0; key < list.count; ++key)
+    for (int key = 0; key < list.count && !life.IsOver(); ++key)
         selection->AddItem(QString::fromLatin1(list.items[key].text), list.items[key].number, key);
-    selection->Select(currentKey);
-    selection->SetState(values::StateOrdinary, nullptr);
+    if (!life.IsOver())
+        selection->Select(currentKey);
+    if (!life.IsOver())
+        selection->SetState(values::StateOrdinary, nullptr);
 }
 
 /// The text @p textOf gives for each entry, with its number and its position as key, and the entry at @p current
