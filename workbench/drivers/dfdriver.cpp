@@ -249,8 +249,8 @@ DfDriver::Private::Private(DfDriver* driver, std::unique_ptr<DfSource> source, c
         if (auto* value = m_provided.provide<BoolValue>(handlerRoot + QLatin1String(name)))
             value->SetValue(true, nullptr);
     }
-    auto* commands = m_provided.provide<ValueSelection>(handlerRoot + QLatin1String("Values/Commands"));
-    setUpList(commands, listOf(commandItems), commandNone);
+    const QString commandsPath = handlerRoot + QLatin1String("Values/Commands");
+    setUpList(m_provided.provide<ValueSelection>(commandsPath), listOf(commandItems), commandNone);
     m_running.Assign(m_provided.provide<BoolValue>(handlerRoot + QLatin1String("DFRunning")));
     m_cyclicStarted.Assign(
         m_provided.provide<BoolValue>(handlerRoot + QLatin1String("Values/Result/CyclicLocateStarted")));
@@ -263,7 +263,8 @@ DfDriver::Private::Private(DfDriver* driver, std::unique_ptr<DfSource> source, c
     writeStatus();
     m_settingsText.Assign(m_provided.provide<StringValue>(parameterRoot + QLatin1String("DF_Settings")));
     m_toDriver.Assign(m_provided.provide<StringValue>(parameterRoot + QLatin1String("DFLOCATE/ToDriver")));
-    m_commands.Assign(commands);
+    // Looked for anew: whoever hears of what was provided since may have deleted it.
+    m_commands.Assign(dynamic_cast<ValueSelection*>(values::Tree::Instance()->FindValue(commandsPath)));
     provideGlobals();
 }
 

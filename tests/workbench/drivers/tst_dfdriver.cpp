@@ -103,6 +103,7 @@ private slots:
     void bandwidthsAndAveragingTimesCarryTheirNumbers();
     void overwritingOfThresholdsIsOff();
     void thereAreTwentyCommandsAndNoneIsGiven();
+    void aListThatGoesWhileItIsFilledIsLeft();
     void anOperatorsFirstClickCanMeasure();
     void resultValuesAreThereAndEmpty();
     void beforeTheFirstResultNoQualityPasses();
@@ -251,6 +252,21 @@ void DfDriverTest::overwritingOfThresholdsIsOff()
 {
     const Bench bench;
     QCOMPARE(handlerValue<BoolValue>("Config/OverwriteThreshold")->GetValue(), false);
+}
+
+void DfDriverTest::aListThatGoesWhileItIsFilledIsLeft()
+{
+    const testsupport::FreshTree tree;
+    const QString path = handlerRoot + QStringLiteral("Values/Commands");
+    auto* const commands = values::CreateOrLink<ValueSelection>(path);
+    testsupport::RecordingObserver meddler([&](Observable* source, TChangeCode) {
+        source->RemoveObserver(&meddler);
+        values::Tree::Instance()->DeleteValue(path);
+    });
+    commands->AddObserver(&meddler);
+    const DfDriver driver(std::make_unique<FakeSource>(), handlerRoot, parameterRoot);
+    QVERIFY(!meddler.codes.empty());
+    QVERIFY(values::Tree::Instance()->FindValue(path) == nullptr);
 }
 
 void DfDriverTest::thereAreTwentyCommandsAndNoneIsGiven()
