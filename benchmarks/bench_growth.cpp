@@ -9,8 +9,9 @@
 #include "drivers/providedvalues.h"
 #include "drivers/resultvalues.h"
 #include "guicomponentbase/guicomponentcommon.h"
+#include "support/detailedresults.h"
+#include "support/networkresult.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QMainWindow>
 
@@ -19,40 +20,11 @@
 #include <vector>
 
 using namespace workbench;
+using testsupport::networkResult;
 
 namespace {
 
 const QString resultRoot = QStringLiteral("/GUI/DFLocateHandler/Values/Result/");
-
-/// What a network of @p stations measured in a turn; every turn has other bearings, qualities and levels.
-DfResult resultOf(int stations, int turn)
-{
-    DfResult result;
-    result.frequency = 433.92e6;
-    result.date = QDate(2026, 1, 15);
-    result.time = QTime(11, 0, turn);
-    for (int id = 1; id <= stations; ++id) {
-        StationResult& station = result.stations.emplace_back();
-        station.stationId = id;
-        station.stationName = QStringLiteral("Station %1").arg(id);
-        station.position = GeoPosition{47.0 + 0.0001 * id, 6.0 + 0.0001 * id};
-        station.azimuth = (id * 31 + turn * 10) % 3600 / 10.0;
-        station.quality = 40 + (id + turn) % 60;
-        station.level = 20.0 + (id + turn) % 50;
-    }
-    return result;
-}
-
-std::vector<StationInfo> stationsOf(const DfResult& result)
-{
-    std::vector<StationInfo> stations;
-    for (const StationResult& station : result.stations) {
-        StationInfo& info = stations.emplace_back();
-        info.id = station.stationId;
-        info.name = station.stationName;
-    }
-    return stations;
-}
 
 /// A component's toolbar in a main window, with its window of all results open.
 class Instance
@@ -64,9 +36,7 @@ public:
         m_main.addToolBar(m_toolbar);
         m_main.resize(1200, 100);
         m_main.show();
-        auto* const button = m_toolbar->findChild<QAbstractButton*>(QStringLiteral("DetailedResults"));
-        button->setDown(true);
-        emit button->pressed();
+        testsupport::openDetailedResults(*m_toolbar);
     }
 
 private:
@@ -79,9 +49,9 @@ void oneResult(benchmark::State& state, int stations, int instances)
 {
     values::Tree::Instance()->Clear();
     {
-        const std::array<DfResult, 2> results{resultOf(stations, 0), resultOf(stations, 1)};
+        const std::array<DfResult, 2> results{networkResult(stations, 0), networkResult(stations, 1)};
         ProvidedValues provided;
-        ResultValues written(provided, resultRoot, stationsOf(results[0]));
+        ResultValues written(provided, resultRoot, testsupport::stationsOf(results[0]));
         const auto write = [&](std::size_t turn) {
             return written.write(results[turn % 2], 50, GeoPosition{48.1, 11.6});
         };

@@ -9,8 +9,9 @@
 #include "drivers/providedvalues.h"
 #include "drivers/resultvalues.h"
 #include "guicomponentbase/guicomponentcommon.h"
+#include "support/detailedresults.h"
+#include "support/networkresult.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QMainWindow>
 
@@ -24,36 +25,13 @@ namespace {
 constexpr int stationCount = 100;
 const QString handlerRoot = QStringLiteral("/GUI/DFLocateHandler/");
 
-/// What the network measured: bearings, qualities and levels are others in every turn.
+/// What the network measured; a tenth of the stations, others in every turn, did not answer.
 DfResult resultOf(int turn)
 {
-    DfResult result;
-    result.frequency = 433.92e6;
-    result.date = QDate(2026, 1, 15);
-    result.time = QTime(11, 0, turn);
-    for (int id = 1; id <= stationCount; ++id) {
-        StationResult station;
-        station.stationId = id;
-        station.stationName = QStringLiteral("Station %1").arg(id);
-        station.position = GeoPosition{47.0 + 0.01 * id, 6.0 + 0.01 * id};
-        station.azimuth = id * 3.1 + turn;
-        station.quality = 40 + (id + turn) % 60;
-        station.level = 20.0 + (id + turn) % 50;
-        station.error = (id + turn) % 10 == 0 ? DfError::Timeout : DfError::None;
-        result.stations.push_back(station);
-    }
+    DfResult result = testsupport::networkResult(stationCount, turn);
+    for (StationResult& station : result.stations)
+        station.error = (station.stationId + turn) % 10 == 0 ? DfError::Timeout : DfError::None;
     return result;
-}
-
-std::vector<StationInfo> stationsOf(const DfResult& result)
-{
-    std::vector<StationInfo> stations;
-    for (const StationResult& station : result.stations) {
-        StationInfo& info = stations.emplace_back();
-        info.id = station.stationId;
-        info.name = station.stationName;
-    }
-    return stations;
 }
 
 /// Counts what is painted, so that nothing is measured that was not.
@@ -74,16 +52,14 @@ class Screen
 {
 public:
     Screen()
-        : m_results(m_provided, handlerRoot + QStringLiteral("Values/Result/"), stationsOf(results[0]))
+        : m_results(m_provided, handlerRoot + QStringLiteral("Values/Result/"), testsupport::stationsOf(results[0]))
     {
         write(1);
         auto* const toolbar = new VelmarGui::DFLocateToolBar(&m_common, QStringLiteral("/GUI/DFLocateComponent/"));
         m_main.addToolBar(toolbar);
         m_main.resize(1200, 100);
         m_main.show();
-        auto* const button = toolbar->findChild<QAbstractButton*>(QStringLiteral("DetailedResults"));
-        button->setDown(true);
-        emit button->pressed();
+        testsupport::openDetailedResults(*toolbar);
         const QWidgetList windows = QApplication::topLevelWidgets();
         for (QWidget* const window : windows) {
             if (window->objectName() == QStringLiteral("DetailedResults"))

@@ -8,15 +8,18 @@
 #include "faultpoints/faultpoint.h"
 #include "guicomponentbase/guicomponentcommon.h"
 #include "settingstable.h"
+#include "support/detailedresults.h"
 #include "support/freshtree.h"
+#include "support/networkresult.h"
 #include "support/recordingobserver.h"
 #include "support/testmain.h"
+#include "support/treevalue.h"
 
-#include <QAbstractButton>
 #include <QLabel>
 #include <QMap>
 
 using namespace workbench;
+using testsupport::at;
 using testsupport::FreshTree;
 using testsupport::RecordingObserver;
 
@@ -48,28 +51,6 @@ private:
     inline static QMap<QByteArray, int> s_counts;
 };
 
-DfResult resultOf(int stations, int turn)
-{
-    DfResult result;
-    result.frequency = 433.92e6;
-    result.date = QDate(2026, 1, 15);
-    result.time = QTime(11, 0, turn);
-    for (int id = 1; id <= stations; ++id) {
-        StationResult& station = result.stations.emplace_back();
-        station.stationId = id;
-        station.stationName = QStringLiteral("Station %1").arg(id);
-        station.azimuth = id * 5.0 + turn;
-        station.quality = 60 + id % 40;
-    }
-    return result;
-}
-
-template <typename T>
-T* at(const QString& path)
-{
-    return dynamic_cast<T*>(values::Tree::Instance()->FindValue(path));
-}
-
 /// The component's toolbar, which shows the results of a driver.
 class Screen
 {
@@ -82,12 +63,7 @@ public:
         m_toolbar = std::make_unique<VelmarGui::DFLocateToolBar>(&m_common, componentRoot);
     }
 
-    void openWindow()
-    {
-        auto* const button = m_toolbar->findChild<QAbstractButton*>(QStringLiteral("DetailedResults"));
-        button->setDown(true);
-        emit button->pressed();
-    }
+    void openWindow() { testsupport::openDetailedResults(*m_toolbar); }
     void writeSecondResult()
     {
         write(1);
@@ -99,7 +75,11 @@ public:
     }
 
 private:
-    void write(int turn) { (void)m_results.write(resultOf(m_stations, turn), 50, GeoPosition{48.1 + turn, 11.6}); }
+    void write(int turn)
+    {
+        constexpr int threshold = 40; // percent; every station measures as well as that
+        (void)m_results.write(testsupport::networkResult(m_stations, turn), threshold, GeoPosition{48.1 + turn, 11.6});
+    }
 
     int m_stations;
     ProvidedValues m_provided;
