@@ -2,13 +2,13 @@
 #include "app/modalboxcloser.h"
 #include "app/resulthistory.h"
 #include "app/session.h"
-#include "drivers/scenario.h"
-#include "drivers/simulatednetwork.h"
 #include "fakesource.h"
 #include "map/mapview.h"
+#include "shippednetwork.h"
 
 #include "support/freshtree.h"
 #include "support/testmain.h"
+#include "support/treevalue.h"
 #include "valueframework/valueclasses/value.h"
 #include "valueframework/valueclasses/valuenumeric.h"
 #include "valueframework/valueclasses/valueselection.h"
@@ -21,30 +21,14 @@
 #include <algorithm>
 
 using namespace workbench;
+using testsupport::at;
 
 namespace {
-
-std::unique_ptr<DfSource> network()
-{
-    Loaded<Scenario> scenario = loadScenario(QStringLiteral(WORKBENCH_FOLDER "/scenarios/five-stations.json"));
-    if (!scenario)
-        qFatal("%s", qPrintable(scenario.errors.join('\n')));
-    return std::make_unique<SimulatedNetwork>(std::move(*scenario.value), 1, Pacing::Immediate);
-}
-
-template <typename T>
-T* at(const QString& path)
-{
-    auto* const value = dynamic_cast<T*>(values::Tree::Instance()->FindValue(path));
-    if (value == nullptr)
-        qFatal("There is no such value: %s", qPrintable(path));
-    return value;
-}
 
 /// The component at work, with a history in @p file if that is not empty.
 struct Bench
 {
-    explicit Bench(const QString& file, std::unique_ptr<DfSource> source = network())
+    explicit Bench(const QString& file, std::unique_ptr<DfSource> source = shippedNetwork())
         : session(std::move(source))
     {
         QObject::connect(&closer, &ModalBoxCloser::closed, [this](const QString& text) { boxes += text; });

@@ -5,24 +5,17 @@
 #include "support/freshtree.h"
 #include "support/recordingobserver.h"
 #include "support/testmain.h"
+#include "support/treevalue.h"
 #include "valueframework/valueclasses/value.h"
 #include "valueframework/valueclasses/valuenumeric.h"
 #include "valueframework/valueclasses/valueselection.h"
 
+using testsupport::at;
 using testsupport::FreshTree;
 using workbench::applySetting;
 using workbench::Session;
 
 namespace {
-
-template <typename T>
-T* at(const QString& path)
-{
-    auto* const value = dynamic_cast<T*>(values::Tree::Instance()->FindValue(path));
-    if (value == nullptr)
-        qFatal("There is no such value: %s", qPrintable(path));
-    return value;
-}
 
 template <typename T>
 T* config(const char* name)

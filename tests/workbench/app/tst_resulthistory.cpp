@@ -1,12 +1,12 @@
 #include "app/resulthistory.h"
 
 #include "historybench.h"
+#include "historytest.h"
 #include "support/testmain.h"
 #include "support/traces.h"
 
 #include <QDir>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <functional>
@@ -85,19 +85,11 @@ void makeWithSchema(const QString& path, int version)
 
 } // namespace
 
-class TestResultHistory : public QObject
+class TestResultHistory : public HistoryTest
 {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_folder->isValid());
-    }
-
-    void cleanup() { QVERIFY2(QSqlDatabase::connectionNames().isEmpty(), "a connection is left behind"); }
-
     // Keeping
 
     void whatIsKeptIsStoredAndCounted()
@@ -221,7 +213,7 @@ private slots:
 
     void aFolderThatIsNotThereIsToldAndNotMade()
     {
-        const QString folder = m_folder->filePath(QStringLiteral("gone"));
+        const QString folder = inFolder(QStringLiteral("gone"));
         ObservedHistory observed(folder + QStringLiteral("/history.sqlite"));
         QTRY_COMPARE(observed.said.size(), 1);
         QVERIFY2(observed.said[0].endsWith(QStringLiteral("there is no folder ") + folder),
@@ -450,16 +442,12 @@ private slots:
     }
 
 private:
-    [[nodiscard]] QString path() const { return m_folder->filePath(QStringLiteral("history.sqlite")); }
-
     static DfResult withoutFrequency()
     {
         DfResult result = crossing(0);
         result.frequency.reset();
         return result;
     }
-
-    std::unique_ptr<QTemporaryDir> m_folder;
 };
 
 DFL_TEST_MAIN_WITH(TestResultHistory, QCoreApplication)

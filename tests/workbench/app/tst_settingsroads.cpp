@@ -1,13 +1,13 @@
 #include "app/mainwindow.h"
 #include "app/session.h"
 #include "app/settingsreport.h"
-#include "drivers/scenario.h"
-#include "drivers/simulatednetwork.h"
+#include "shippednetwork.h"
 
 #include "guicomponentbase/guicomponentcommon.h"
 #include "guicomponentbase/parametersetstore.h"
 #include "support/freshtree.h"
 #include "support/testmain.h"
+#include "support/treevalue.h"
 #include "valueframework/valueclasses/value.h"
 #include "valueframework/valueclasses/valuenumeric.h"
 #include "valueframework/valueclasses/valueselection.h"
@@ -25,27 +25,11 @@
 #include <QToolButton>
 
 using namespace workbench;
+using testsupport::at;
 using values::StringValue;
 using values::ValueSelection;
 
 namespace {
-
-std::unique_ptr<DfSource> network()
-{
-    Loaded<Scenario> scenario = loadScenario(QStringLiteral(WORKBENCH_FOLDER "/scenarios/five-stations.json"));
-    if (!scenario)
-        qFatal("%s", qPrintable(scenario.errors.join('\n')));
-    return std::make_unique<SimulatedNetwork>(std::move(*scenario.value), 1, Pacing::Immediate);
-}
-
-template <typename T>
-T* at(const QString& path)
-{
-    auto* const value = dynamic_cast<T*>(values::Tree::Instance()->FindValue(path));
-    if (value == nullptr)
-        qFatal("There is no such value: %s", qPrintable(path));
-    return value;
-}
 
 ValueSelection* config(const char* name)
 {
@@ -75,7 +59,7 @@ QString element(const char* name, const char* content)
 /// The whole workbench with the component that comes with it.
 struct Bench
 {
-    explicit Bench(std::unique_ptr<DfSource> source = network())
+    explicit Bench(std::unique_ptr<DfSource> source = shippedNetwork())
         : session(std::move(source))
     {
         window.follow(session);

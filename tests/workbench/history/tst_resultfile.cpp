@@ -1,8 +1,7 @@
 #include "historybench.h"
+#include "historytest.h"
 #include "support/asnobody.h"
 #include "support/testmain.h"
-
-#include <QTemporaryDir>
 
 #include <cmath>
 #include <cstring>
@@ -148,19 +147,11 @@ QString sentenceOf(Operation operation)
 
 } // namespace
 
-class TestResultFile : public QObject
+class TestResultFile : public HistoryTest
 {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_folder->isValid());
-    }
-
-    void cleanup() { QVERIFY2(QSqlDatabase::connectionNames().isEmpty(), "a connection is left behind"); }
-
     // What is stored is found
 
     void everyStoredResultIsFoundAsItWas()
@@ -467,7 +458,7 @@ private slots:
             QCOMPARE(OtherConnection(path()).run(QStringLiteral("PRAGMA journal_mode")).toString(),
                      QStringLiteral("wal"));
         }
-        QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList{QStringLiteral("history.sqlite")});
+        QCOMPARE(QDir(folderPath()).entryList(QDir::Files), QStringList{QStringLiteral("history.sqlite")});
     }
 
     void aStoreSaysWhatItIs()
@@ -488,7 +479,7 @@ private slots:
     void aNameThatStandsForMemoryElsewhereIsAFile()
     {
         const QString previous = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(m_folder->path()));
+        QVERIFY(QDir::setCurrent(folderPath()));
         ResultFile(QStringLiteral(":memory:"), {}).append(resultAt(noon()));
         QCOMPARE(allOf(QStringLiteral(":memory:")).size(), std::size_t(1));
         QCOMPARE(sentenceOf([] { ResultFile(QString(), {}); }), QStringLiteral(": cannot be opened: it is a folder"));
@@ -497,7 +488,7 @@ private slots:
 
     void aFolderThatIsNotThereIsNamedAndNotCreated()
     {
-        const QString folder = m_folder->filePath(QStringLiteral("missing"));
+        const QString folder = inFolder(QStringLiteral("missing"));
         const QString file = folder + QStringLiteral("/history.sqlite");
         QCOMPARE(sentenceOf([&] { ResultFile(file, {}); }),
                  file + QStringLiteral(": cannot be opened: there is no folder ") + folder);
@@ -506,15 +497,15 @@ private slots:
 
     void aFolderIsNoStore()
     {
-        QCOMPARE(sentenceOf([&] { ResultFile(m_folder->path(), {}); }),
-                 m_folder->path() + QStringLiteral(": cannot be opened: it is a folder"));
+        QCOMPARE(sentenceOf([&] { ResultFile(folderPath(), {}); }),
+                 folderPath() + QStringLiteral(": cannot be opened: it is a folder"));
     }
 
     void aReadOnlyFileIsRefused()
     {
         fill(10);
         const QByteArray before = contentOf(path());
-        QCOMPARE(chmod(qPrintable(m_folder->path()), 0777), 0);
+        QCOMPARE(chmod(qPrintable(folderPath()), 0777), 0);
         QCOMPARE(chmod(qPrintable(path()), 0444), 0);
         const AsNobody nobody;
         QCOMPARE(sentenceOf([&] { ResultFile(path(), {}); }), refusal("it is read-only"));
@@ -526,14 +517,14 @@ private slots:
         fill(10);
         const QByteArray before = contentOf(path());
         QCOMPARE(chmod(qPrintable(path()), 0666), 0);
-        QCOMPARE(chmod(qPrintable(m_folder->path()), 0555), 0);
+        QCOMPARE(chmod(qPrintable(folderPath()), 0555), 0);
         {
             const AsNobody nobody;
             QCOMPARE(sentenceOf([&] { ResultFile(path(), {}); }),
-                     refusal(QStringLiteral("the folder %1 is read-only").arg(m_folder->path())));
+                     refusal(QStringLiteral("the folder %1 is read-only").arg(folderPath())));
             QCOMPARE(contentOf(path()), before);
         }
-        QCOMPARE(chmod(qPrintable(m_folder->path()), 0700), 0);
+        QCOMPARE(chmod(qPrintable(folderPath()), 0700), 0);
     }
 
     void aFileThatBecomesReadOnlyIsToldWhenWriting()
@@ -772,7 +763,6 @@ private slots:
     }
 
 private:
-    [[nodiscard]] QString path() const { return m_folder->filePath(QStringLiteral("history.sqlite")); }
     [[nodiscard]] QString refusal(const QString& reason) const
     {
         return path() + QStringLiteral(": cannot be opened: ") + reason;
@@ -830,8 +820,6 @@ private:
         change(result.stations[1]);
         QCOMPARE(ResultFile::objection(result), QStringLiteral("station 2 has a number that is not finite"));
     }
-
-    std::unique_ptr<QTemporaryDir> m_folder;
 };
 
 DFL_TEST_MAIN_WITH(TestResultFile, QCoreApplication)

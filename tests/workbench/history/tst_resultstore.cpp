@@ -1,9 +1,8 @@
 #include "history/resultstore.h"
 
 #include "historybench.h"
+#include "historytest.h"
 #include "support/testmain.h"
-
-#include <QTemporaryDir>
 
 #include <limits>
 #include <map>
@@ -46,19 +45,11 @@ public:
 
 } // namespace
 
-class TestResultStore : public QObject
+class TestResultStore : public HistoryTest
 {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_folder->isValid());
-    }
-
-    void cleanup() { QVERIFY2(QSqlDatabase::connectionNames().isEmpty(), "a connection is left behind"); }
-
     void aStoreOpensByItself()
     {
         ObservedStore observed(path());
@@ -399,13 +390,10 @@ private slots:
     }
 
 private:
-    [[nodiscard]] QString path() const { return m_folder->filePath(QStringLiteral("history.sqlite")); }
     [[nodiscard]] QString locked(const char* operation) const
     {
         return path() + QStringLiteral(": cannot be %1: another program has locked it").arg(QLatin1String(operation));
     }
-
-    std::unique_ptr<QTemporaryDir> m_folder;
 };
 
 DFL_TEST_MAIN_WITH(TestResultStore, QCoreApplication)

@@ -1,8 +1,8 @@
 #include "historybench.h"
+#include "historytest.h"
 #include "support/testmain.h"
 
 #include <QProcess>
-#include <QTemporaryDir>
 
 using namespace historybench;
 
@@ -69,17 +69,11 @@ bool areWhole(const std::vector<DfResult>& results, int stations)
 
 } // namespace
 
-class TestResultStoreProcesses : public QObject
+class TestResultStoreProcesses : public HistoryTest
 {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_folder->isValid());
-    }
-
     void aProcessKilledWhileItStoresLeavesWholeResults()
     {
         int first = 1;
@@ -109,8 +103,8 @@ private slots:
             QTRY_VERIFY(QFileInfo::exists(path()));
             writer.kill();
             QVERIFY(areWhole(allOf(path()), 1));
-            for (const QString& name : QDir(m_folder->path()).entryList(QDir::Files))
-                QVERIFY(QFile::remove(m_folder->filePath(name)));
+            for (const QString& name : QDir(folderPath()).entryList(QDir::Files))
+                QVERIFY(QFile::remove(inFolder(name)));
         }
     }
 
@@ -127,11 +121,6 @@ private slots:
         QCOMPARE(frequencies(found), ascending(1, 400));
         QVERIFY(areWhole(found, 20));
     }
-
-private:
-    [[nodiscard]] QString path() const { return m_folder->filePath(QStringLiteral("history.sqlite")); }
-
-    std::unique_ptr<QTemporaryDir> m_folder;
 };
 
 DFL_TEST_MAIN_WITH(TestResultStoreProcesses, QCoreApplication)
