@@ -20,6 +20,7 @@
 #include <QToolButton>
 #include <QUndoStack>
 
+#include <algorithm>
 #include <cmath>
 
 namespace chaos {
@@ -209,11 +210,21 @@ void probeButtonColour(const QToolBar& toolBar, const IObserver* detail, QString
                         .arg(stations->GetItemCount());
 }
 
+/// Whether the toolbar looked at has a sibling that was made before it and has stayed in the main window.
+bool hasEarlierToolbar()
+{
+    const QWidgetList widgets = QApplication::allWidgets();
+    return std::count_if(widgets.begin(), widgets.end(), [](const QWidget* widget) {
+               return detailToolbar(qobject_cast<const QToolBar*>(widget)) != nullptr;
+           }) > 1;
+}
+
 /// The window of the toolbar shows the stations in their order, as far as the toolbar still hears of them.
 void probeDetails(const IObserver* detail, QStringList& failures)
 {
     auto* const stations = bound<ValueSelection>(resultPath("SelectedDF"), detail);
-    if (stations == nullptr)
+    // A window does not tell whose it is, and that of an earlier toolbar may be for a list that has gone.
+    if (stations == nullptr || hasEarlierToolbar())
         return;
     stations->HasChanged(ChangeItems, nullptr);
     const QWidgetList windows = QApplication::topLevelWidgets();
@@ -348,6 +359,24 @@ void tryStart(const QToolBar& toolBar, ScriptedSource& source, QStringList& fail
     compareLabel(toolBar, "average quality", QStringLiteral("81%"), failures);
 }
 
+/// The window that the toolbar opens follows the list of stations.
+void tryDetails(const QToolBar& toolBar, QStringList& failures)
+{
+    auto* const stations = find<ValueSelection>(resultPath("SelectedDF"));
+    toolBar.findChild<QToolButton*>(QStringLiteral("DetailedResults"))->click();
+    stations->AddItem(QStringLiteral("Station 3"), 3.0, 3, nullptr);
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const bool isFollowed = std::any_of(windows.begin(), windows.end(), [stations](const QWidget* window) {
+        const auto* const table = window->objectName() == QLatin1String("DetailedResults")
+                                      ? window->findChild<const QTableWidget*>()
+                                      : nullptr;
+        return table != nullptr && table->isVisible() && table->rowCount() == stations->GetItemCount();
+    });
+    if (!isFollowed)
+        failures += QStringLiteral("The detailed results do not follow the list of stations");
+    probeDetails(detailToolbar(&toolBar), failures);
+}
+
 void noteQtMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text)
 {
     // What the platform without a screen cannot do is no fault.
@@ -442,6 +471,7 @@ QStringList Checks::tryOut()
     tryIndicators(failures);
     trySetting(*m_world.common, *m_world.panel, failures);
     tryStart(*m_world.toolBar, *m_world.source(), failures);
+    tryDetails(*m_world.toolBar, failures);
     m_operations.setQuiet(false);
     return failures;
 }
