@@ -2,6 +2,7 @@
 
 // Telling observers of a change, against a bare loop over them and against other ways to tell.
 
+#include "bareloop.h"
 #include "benchmarkmain.h"
 
 #include "ztbase/observable.h"
@@ -55,12 +56,6 @@ void observable(benchmark::State& state)
         source.AddObserver(observer.get());
     for (auto _ : state)
         source.NotifyObservers(ChangeContent);
-}
-
-[[gnu::noipa]] void tellAll(const std::vector<IObserver*>& observers, Observable* source, TChangeCode code)
-{
-    for (IObserver* observer : observers)
-        observer->Update(source, code);
 }
 
 void bareLoop(benchmark::State& state)
