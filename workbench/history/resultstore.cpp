@@ -80,7 +80,10 @@ bool ResultStore::close()
     m_unusable = m_file + QLatin1String(": cannot be used: it is closed");
     m_error.clear();
     const int lost = *m_waiting;
-    return lost == 0 || refuse(m_worker->reasonOfLoss() + QStringLiteral(" (%1 results are lost)").arg(lost));
+    if (lost == 0)
+        return true;
+    return refuse(m_worker->reasonOfLoss() + (lost == 1 ? QStringLiteral(" (1 result is lost)")
+                                                        : QStringLiteral(" (%1 results are lost)").arg(lost)));
 }
 
 bool ResultStore::refuse(const QString& reason)

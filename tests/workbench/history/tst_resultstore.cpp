@@ -234,7 +234,7 @@ private slots:
         QTRY_COMPARE(observed.refusals.size(), std::size_t(1));
         QCOMPARE(observed.refusals[request], reason);
         QVERIFY(!observed.store.close());
-        QCOMPARE(observed.store.errorString(), reason + QStringLiteral(" (1 results are lost)"));
+        QCOMPARE(observed.store.errorString(), reason + QStringLiteral(" (1 result is lost)"));
         QCOMPARE(observed.failures.size(), 1);
         QCOMPARE(contentOf(path()), QByteArray(5000, 'x'));
     }
