@@ -2,9 +2,9 @@
 
 #include "drivers/csv.h"
 #include "drivers/fileerrors.h"
+#include "drivers/inputfile.h"
 #include "drivers/recordingformat.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QHash>
 
@@ -238,10 +238,10 @@ private:
 
 Loaded<Recording> loadRecording(const QString& fileName)
 {
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly))
-        return {std::nullopt, {fileName + QLatin1String(": cannot be read: ") + file.errorString()}};
-    return RecordingReader(fileName).read(file.readAll());
+    const Loaded<QByteArray> bytes = readInput(fileName, largestRecording);
+    if (!bytes)
+        return {std::nullopt, bytes.errors};
+    return RecordingReader(fileName).read(*bytes.value);
 }
 
 RecordedNetwork::RecordedNetwork(Recording recording, RecordedDefaults defaults, Pacing pacing)

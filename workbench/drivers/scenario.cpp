@@ -1,10 +1,10 @@
 #include "drivers/scenario.h"
 
 #include "drivers/fileerrors.h"
+#include "drivers/inputfile.h"
 #include "drivers/jsonlines.h"
 #include "drivers/propagation.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -458,10 +458,10 @@ Scenario readScenario(Reading& reading, const QJsonValue& root)
 
 Loaded<Scenario> loadScenario(const QString& fileName)
 {
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly))
-        return {std::nullopt, {fileName + QLatin1String(": cannot be read: ") + file.errorString()}};
-    QByteArray json = file.readAll();
+    Loaded<QByteArray> bytes = readInput(fileName, largestScenario);
+    if (!bytes)
+        return {std::nullopt, bytes.errors};
+    QByteArray json = *std::move(bytes.value);
     if (json.startsWith("\xEF\xBB\xBF"))
         json.remove(0, 3);
     QJsonParseError parseError;

@@ -41,6 +41,7 @@ private slots:
     void oneErrorIsToldWithFileLineAndField();
     void allBadLinesAreToldAndNothingIsLoaded();
     void aMissingFileIsToldWithItsReason();
+    void aFileThatIsTooLargeIsToldWithItsSizeAndTheLimit();
     void readingGoesOnBehindAFlaw();
     void fieldsAreQuotedOnlyWhenTheyHaveToBe();
 
@@ -287,6 +288,17 @@ void RecordingTest::aMissingFileIsToldWithItsReason()
     const Loaded<Recording> loaded = loadRecording(file);
     QVERIFY(!loaded);
     QCOMPARE(loaded.errors, QStringList{file + QStringLiteral(": cannot be read: No such file or directory")});
+}
+
+void RecordingTest::aFileThatIsTooLargeIsToldWithItsSizeAndTheLimit()
+{
+    const QString file = m_files.write(QStringLiteral("large.csv"), header + bearing);
+    QVERIFY(QFile::resize(file, 67108865));
+    const Loaded<Recording> loaded = loadRecording(file);
+    QVERIFY(!loaded);
+    QCOMPARE(loaded.errors,
+             QStringList{file + QStringLiteral(": cannot be read: it is too large: 67108865 bytes, at most 67108864 "
+                                               "are allowed")});
 }
 
 void RecordingTest::readingGoesOnBehindAFlaw()

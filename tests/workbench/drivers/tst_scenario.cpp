@@ -39,6 +39,8 @@ private slots:
     void allErrorsAreToldInTheOrderOfTheFile();
     void oneBadNumberIsToldOnce();
     void aMissingFileIsToldWithItsReason();
+    void aFileThatIsTooLargeIsToldWithItsSizeAndTheLimit();
+    void aFileOfTheLargestSizeIsRead();
     void badJsonIsToldWithItsLine();
     void fieldsGivenTwiceAreErrors();
     void longContentsAreShortenedInErrors();
@@ -366,6 +368,25 @@ void ScenarioTest::aMissingFileIsToldWithItsReason()
     const Loaded<Scenario> loaded = loadScenario(file);
     QVERIFY(!loaded);
     QCOMPARE(loaded.errors, QStringList{file + QStringLiteral(": cannot be read: No such file or directory")});
+}
+
+void ScenarioTest::aFileThatIsTooLargeIsToldWithItsSizeAndTheLimit()
+{
+    const QString file = m_files.write(QStringLiteral("large.json"), scenarioText(station, emitter));
+    QVERIFY(QFile::resize(file, 4194305));
+    const Loaded<Scenario> loaded = loadScenario(file);
+    QVERIFY(!loaded);
+    QCOMPARE(loaded.errors,
+             QStringList{file + QStringLiteral(": cannot be read: it is too large: 4194305 bytes, at most 4194304 "
+                                               "are allowed")});
+}
+
+void ScenarioTest::aFileOfTheLargestSizeIsRead()
+{
+    const QByteArray text = scenarioText(station, emitter);
+    const QString file = m_files.write(QStringLiteral("large.json"), text + QByteArray(4194304 - text.size(), ' '));
+    const Loaded<Scenario> loaded = loadScenario(file);
+    QVERIFY2(loaded, qPrintable(loaded.errors.join(QLatin1Char('\n'))));
 }
 
 void ScenarioTest::badJsonIsToldWithItsLine()
