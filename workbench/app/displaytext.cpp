@@ -1,5 +1,7 @@
 #include "app/displaytext.h"
 
+#include "ztbase/brix/texts.h"
+
 #include <QTextDocument>
 
 namespace workbench {
@@ -46,10 +48,7 @@ bool isHalf(const QString& text, int position)
 
 QString beginningOf(const QString& text)
 {
-    if (text.size() <= mostCharacters)
-        return text;
-    const bool endsInHalf = text[mostCharacters - 1].isHighSurrogate();
-    return text.left(endsInHalf ? mostCharacters - 1 : mostCharacters) + QChar(0x2026);
+    return Brix::Beginning(text, mostCharacters);
 }
 
 QString asToolTip(const QString& text)

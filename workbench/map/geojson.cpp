@@ -1,7 +1,7 @@
 #include "map/geojson.h"
 
 #include "drivers/jsonlines.h"
-#include "map/mapformats.h"
+#include "ztbase/brix/texts.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>
@@ -63,7 +63,7 @@ QString described(const QJsonValue& value)
     case QJsonValue::Double:
         return QString::number(value.toDouble(), 'g', 15);
     case QJsonValue::String:
-        return QLatin1Char('"') + oneLine(value.toString(), longest) + QLatin1Char('"');
+        return QLatin1Char('"') + Brix::OneLine(value.toString(), longest) + QLatin1Char('"');
     case QJsonValue::Bool:
         return value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
     case QJsonValue::Null:
@@ -85,10 +85,10 @@ QString nameIn(const QJsonValue& properties)
     const QJsonObject object = properties.toObject();
     const QJsonValue exact = object.value(member);
     if (exact.isString())
-        return oneLine(exact.toString(), GeoJson::longestName);
+        return Brix::OneLine(exact.toString(), GeoJson::longestName);
     for (auto it = object.begin(); it != object.end(); ++it) {
         if (it.key().compare(member, Qt::CaseInsensitive) == 0 && it.value().isString())
-            return oneLine(it.value().toString(), GeoJson::longestName);
+            return Brix::OneLine(it.value().toString(), GeoJson::longestName);
     }
     return {};
 }

@@ -1,5 +1,7 @@
 #include "map/mapformats.h"
 
+#include "ztbase/brix/texts.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -29,25 +31,10 @@ QString lineText(double degrees, double step, QChar positive, QChar negative)
 
 } // namespace
 
-QString oneLine(const QString& text, int longest)
-{
-    constexpr int blanks = 4; // times what is shown; more of them in a row need not be seen through
-    QString line = text.left(blanks * longest);
-    std::replace_if(
-        line.begin(), line.end(), [](QChar c) { return c.category() == QChar::Other_Control; }, QLatin1Char(' '));
-    line = line.simplified();
-    if (line.size() <= longest && text.size() <= blanks * longest)
-        return line;
-    line.truncate(longest - 1);
-    if (!line.isEmpty() && line.at(line.size() - 1).isHighSurrogate())
-        line.chop(1); // cut in the middle of a character
-    return line + QChar(0x2026);
-}
-
 QString stationText(const QString& name)
 {
     constexpr int longest = 60;
-    return oneLine(name, longest);
+    return Brix::OneLine(name, longest);
 }
 
 QString fixedText(double number, int decimals)

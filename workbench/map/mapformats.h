@@ -8,9 +8,6 @@
 /// How the map writes numbers.
 namespace workbench {
 
-/// A text from outside as one line of at most @p longest characters, without control characters; "…" stands for what is
-/// left out.
-[[nodiscard]] QString oneLine(const QString& text, int longest);
 /// The name of a station for the screen, as one line of bounded length.
 [[nodiscard]] QString stationText(const QString& name);
 /// A number with so many decimals; what rounds to zero has no sign.

@@ -2,6 +2,7 @@
 
 #include "valueframework/tree.h"
 #include "valueframework/valuebase.h"
+#include "ztbase/brix/texts.h"
 #include "ztbase/errorhandler.h"
 
 #include <QUndoCommand>
@@ -42,7 +43,7 @@ class ValueEdit final : public QUndoCommand
 public:
     /// @p causer is named as the cause of the edit itself; it may be gone when the edit is undone.
     ValueEdit(values::ValueBase& value, Content before, Content after, IObserver* causer, const QString& text)
-        : QUndoCommand(text)
+        : QUndoCommand(Brix::OneLine(text, longestText))
         , m_value(value)
         , m_before(std::move(before))
         , m_after(std::move(after))
@@ -67,6 +68,8 @@ private:
             return true;
         }
     }
+
+    static constexpr int longestText = 80; // characters; a menu shows it, and what is behind a line break instead of it
 
     ValueReference m_value;
     Content m_before;

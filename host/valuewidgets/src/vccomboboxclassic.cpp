@@ -4,6 +4,7 @@
 #include "valuebinding.h"
 #include "valueedit.h"
 #include "valueframework/valueclasses/valueselection.h"
+#include "ztbase/brix/texts.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -22,12 +23,17 @@ bool Write(const ValueReference& value, const SelectedKey& content, IObserver* c
     return selection != nullptr && selection->Select(content.key, causer);
 }
 
-QString shownText(const values::ValueSelection& selection, const values::SelectionItem& item)
+QString translated(const values::ValueSelection& selection, const values::SelectionItem& item)
 {
     const QString& translationNamespace = selection.GetTranslationNamespace();
     if (translationNamespace.isEmpty())
         return item.GetName();
     return QCoreApplication::translate(translationNamespace.toUtf8().constData(), item.GetName().toUtf8().constData());
+}
+
+QString shownText(const values::ValueSelection& selection, const values::SelectionItem& item)
+{
+    return Brix::Beginning(translated(selection, item), VCComboBoxClassic::LongestText);
 }
 
 } // namespace

@@ -579,7 +579,49 @@ private slots:
         QCOMPARE(shownItems(*comboBox), QStringList({"Normal", "Continuous", "Gated"}));
     }
 
+    // Texts that no list has room for
+
+    void aHugeTextIsShownByItsBeginning()
+    {
+        const QString text(1024 * 1024, QLatin1Char('N'));
+        mode->AddItem(text, 3.0, 40);
+        QCOMPARE(comboBox->itemText(3), QString(500, QLatin1Char('N')) + QChar(0x2026));
+        choose(*comboBox, 3);
+        QCOMPARE(mode->GetCurrentKey(), 40);
+        QCOMPARE(mode->GetCurrentItem()->GetName(), text);
+        QCOMPARE(comboBox->currentIndex(), 3);
+    }
+
+    void aTextThatFitsIsShownWhole()
+    {
+        const QString text = QStringLiteral("a\nb ") + QString(496, QLatin1Char('N'));
+        QCOMPARE(text.size(), 500);
+        mode->AddItem(text, 3.0, 40);
+        QCOMPARE(comboBox->itemText(3), text);
+    }
+
     // Undo
+
+    void anUndoTextIsAShortLine_data()
+    {
+        QTest::addColumn<QString>("item");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("lines") << "North\nResult 2\r\nSouth"
+                               << "Mode: North Result 2 South";
+        QTest::newRow("huge") << QString(1024 * 1024, QLatin1Char('N'))
+                              << QStringLiteral("Mode: ") + QString(73, QLatin1Char('N')) + QChar(0x2026);
+    }
+
+    void anUndoTextIsAShortLine()
+    {
+        QFETCH(QString, item);
+        QUndoStack undo;
+        UndoRecordingControlBase::SetUndoStack(&undo);
+        mode->AddItem(item, 3.0, 40);
+        choose(*comboBox, 3);
+        QTEST(undo.undoText(), "text");
+        QCOMPARE(undo.text(0), undo.undoText());
+    }
 
     void aChoiceCanBeUndoneAndRedone()
     {

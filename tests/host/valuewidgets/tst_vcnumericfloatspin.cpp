@@ -948,6 +948,16 @@ private slots:
 
     // Undo
 
+    void anUndoTextIsAShortLine()
+    {
+        QUndoStack undo;
+        UndoRecordingControlBase::SetUndoStack(&undo);
+        auto* const value = tree.add<values::IntValue>(QStringLiteral("/a\nb ") + QString(5000, QLatin1Char('N')));
+        spin->SetNumeric(value);
+        enter(*spin, "75");
+        QCOMPARE(undo.undoText(), QStringLiteral("a b ") + QString(75, QLatin1Char('N')) + QChar(0x2026));
+    }
+
     void anEditCanBeUndoneAndRedone()
     {
         QUndoStack undo;

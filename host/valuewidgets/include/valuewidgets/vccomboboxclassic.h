@@ -13,7 +13,8 @@ class ValueSelection;
 /// A combo box that shows and edits a selection value.
 ///
 /// Shows the items in their order, with their texts translated in the value's translation namespace, and the current
-/// item. The operator's choice is written by key, with this widget as the causing observer; choosing the current item
+/// item. Of a text that is longer than any list has room for it shows the beginning; the value keeps the whole. The
+/// operator's choice is written by key, with this widget as the causing observer; choosing the current item
 /// again writes nothing. A choice can be undone, except the first one of a selection that had no current item.
 /// Following the value writes nothing. Disabled while it has no value and while the value is in state "not in use"; the
 /// status tip then says why.
@@ -21,6 +22,8 @@ class VALUEWIDGETS_EXPORT VCComboBoxClassic : public QComboBox, public UndoRecor
 {
     Q_OBJECT
 public:
+    static constexpr int LongestText = 500; ///< characters of an item's text that are shown
+
     explicit VCComboBoxClassic(QWidget* parent = nullptr);
     ~VCComboBoxClassic() override;
 
