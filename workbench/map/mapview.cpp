@@ -17,6 +17,7 @@
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QProgressBar>
@@ -27,6 +28,30 @@
 #include <QVBoxLayout>
 
 namespace workbench {
+
+namespace {
+
+/// The table of the stations. The space bar checks and unchecks the current row; a view by itself does so only for a
+/// cell that has a check box.
+class StationTable final : public QTableView
+{
+public:
+    using QTableView::QTableView;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        const QModelIndex box = currentIndex().siblingAtColumn(MapModel::StationColumn);
+        if (event->key() != Qt::Key_Space || event->modifiers() != Qt::NoModifier || !box.isValid()) {
+            QTableView::keyPressEvent(event);
+            return;
+        }
+        const bool isChecked = box.data(Qt::CheckStateRole) == QVariant(Qt::Checked);
+        model()->setData(box, isChecked ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
+    }
+};
+
+} // namespace
 
 MapView::MapView(QWidget* parent)
     : MapView(MapModel::Clock(), parent)
@@ -40,7 +65,7 @@ MapView::MapView(MapModel::Clock clock, QWidget* parent)
     , m_canvas(new MapCanvas(*m_scene))
     , m_background(new MapBackground(*m_scene, this))
     , m_files(new FileWork(this))
-    , m_table(new QTableView)
+    , m_table(new StationTable)
     , m_fixText(new QLabel)
     , m_pointedAt(new QLabel)
 {

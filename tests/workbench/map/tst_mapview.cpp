@@ -322,6 +322,38 @@ private slots:
         QVERIFY(bench.model().station(2)->excluded);
     }
 
+    void theSpaceBarExcludesTheBearingOfARowWhicheverOfItsCellsIsCurrent_data()
+    {
+        QTest::addColumn<int>("column");
+        QTest::newRow("station") << int(MapModel::StationColumn);
+        QTest::newRow("bearing") << int(MapModel::BearingColumn);
+        QTest::newRow("quality") << int(MapModel::QualityColumn);
+        QTest::newRow("off fix") << int(MapModel::ResidualColumn);
+        QTest::newRow("use") << int(MapModel::UseColumn);
+    }
+
+    void theSpaceBarExcludesTheBearingOfARowWhicheverOfItsCellsIsCurrent()
+    {
+        QFETCH(int, column);
+        Bench bench(fourStations());
+        bench.view.table()->setCurrentIndex(bench.model().index(1, column));
+        QTest::keyClick(bench.view.table(), Qt::Key_Space);
+        QVERIFY(bench.model().station(2)->excluded);
+        QVERIFY(!bench.model().station(1)->excluded);
+        QTest::keyClick(bench.view.table(), Qt::Key_Space);
+        QVERIFY(!bench.model().station(2)->excluded);
+        QCOMPARE(bench.view.table()->currentIndex().column(), column);
+    }
+
+    void theSpaceBarExcludesNothingWithoutACurrentRow()
+    {
+        Bench bench(fourStations());
+        bench.view.table()->setCurrentIndex({});
+        QTest::keyClick(bench.view.table(), Qt::Key_Space);
+        for (const MapStation& station : bench.model().stations())
+            QVERIFY(!station.excluded);
+    }
+
     void theWheelZoomsAboutTheMouse()
     {
         Bench bench(fourStations());
