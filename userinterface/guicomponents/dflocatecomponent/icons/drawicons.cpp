@@ -2,12 +2,14 @@
 //
 // They are drawn at 64 pixels with rims and strokes that are still wider than a pixel at 16, the smallest size in use.
 
+#include <QBuffer>
 #include <QGuiApplication>
 #include <QImage>
 #include <QLinearGradient>
 #include <QPainter>
 #include <QPainterPath>
 #include <QRadialGradient>
+#include <QSaveFile>
 
 #include <cstdio>
 
@@ -82,9 +84,13 @@ QImage drawTick()
 
 bool write(const QImage& image, const QString& path)
 {
-    if (image.save(path))
+    QBuffer png;
+    QSaveFile file(path);
+    // Without a buffer, because what a full disk does not take of one is left out without a word.
+    if (image.save(&png, "PNG") && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
+        file.write(png.data()) == png.size() && file.commit())
         return true;
-    std::fprintf(stderr, "%s cannot be written\n", qPrintable(path));
+    std::fprintf(stderr, "%s: the icon cannot be written: %s.\n", qPrintable(path), qPrintable(file.errorString()));
     return false;
 }
 
