@@ -11,6 +11,7 @@
 #include "valuewidgets/vcnumericfloatspin.h"
 #include "ztbase/brix/datetime.h"
 #include "ztbase/brix/numbers.h"
+#include "ztbase/brix/texts.h"
 #include "ztbase/errorhandler.h"
 
 #include <QApplication>
@@ -71,9 +72,10 @@ T* bound(const QString& path, const IObserver* observer)
 QString shownName(const ValueSelection& selection, const values::SelectionItem& item)
 {
     const QString& context = selection.GetTranslationNamespace();
-    return context.isEmpty()
-               ? item.GetName()
-               : QCoreApplication::translate(context.toUtf8().constData(), item.GetName().toUtf8().constData());
+    const QString name = context.isEmpty() ? item.GetName()
+                                           : QCoreApplication::translate(context.toUtf8().constData(),
+                                                                         item.GetName().toUtf8().constData());
+    return Brix::Beginning(name, VCComboBoxClassic::LongestText);
 }
 
 QString nameOf(const QWidget& widget)

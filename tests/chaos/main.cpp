@@ -273,6 +273,8 @@ int main(int argc, char** argv)
 
     const Options options = readOptions();
     progress.seed = options.seed;
+    if (options.list)
+        std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // a crash must not take the latest ones with it
     std::printf("chaos: seed %llu\n", static_cast<unsigned long long>(options.seed));
     std::fflush(stdout);
     std::signal(SIGABRT, onSignal);

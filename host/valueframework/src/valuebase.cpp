@@ -64,7 +64,8 @@ void ValueBase::SetTranslationNamespace(const QString& translationNamespace)
 void ValueBase::SetState(TValueState state, IObserver* observer)
 {
     faults::mayRaise("ValueBase::SetState");
-    if (state == m_state)
+    // Whoever is told of the removal after this has to find the value removed, or would hold on to it.
+    if (state == m_state || m_isLeaving)
         return;
     m_state = state;
     HasChanged(ChangeState, observer);
@@ -166,6 +167,7 @@ std::exception_ptr ValueBase::TakeLeave()
     std::exception_ptr failure;
     Use use(*this);
     m_inTree = false;
+    m_isLeaving = true;
     m_state = StateRemoved;
     const bool toldAsObserver = IsObservedBy(m_deleteObserver);
     try {

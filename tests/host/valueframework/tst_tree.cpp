@@ -206,6 +206,20 @@ private slots:
         QVERIFY(tree()->FindValue("A/V") == nullptr);
     }
 
+    void aValueThatIsLeavingStaysRemovedWhateverAnObserverSets()
+    {
+        FreshTree fresh;
+        auto* value = fresh.add<StringValue>("A/V");
+        RecordingObserver busy([&](Observable*, TChangeCode) { value->SetState(values::StateOrdinary, nullptr); });
+        int stateAfterwards = -1;
+        RecordingObserver second([&](Observable*, TChangeCode) { stateAfterwards = value->GetState(); });
+        value->AddObserver(&busy);
+        value->AddObserver(&second);
+        QVERIFY(tree()->DeleteValue("A/V"));
+        QCOMPARE(stateAfterwards, int(values::StateRemoved));
+        QCOMPARE(second.codes, std::vector<TChangeCode>{ChangeState});
+    }
+
     void deletingDeletesTheValue()
     {
         FreshTree fresh;

@@ -99,7 +99,7 @@ public:
     /// @name State
     /// @{
     [[nodiscard]] TValueState GetState() const { return m_state; }
-    /// Sends ChangeState when the state is another one than before.
+    /// Sends ChangeState when the state is another one than before. A value that is leaving the tree stays removed.
     void SetState(TValueState state, IObserver* observer);
     /// @}
 
@@ -175,6 +175,7 @@ private:
     int m_updateTimerTime = 0;
     TValueState m_state = StateOrdinary;
     bool m_inTree = false;
+    bool m_isLeaving = false;
 };
 
 } // namespace values
