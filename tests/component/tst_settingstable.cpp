@@ -277,6 +277,40 @@ private slots:
         QCOMPARE(created<values::ValueSelection>("Config/Mode")->GetItemCount(), 3);
     }
 
+    void whoeverDeletesAValueThatIsBeingPreparedEndsItsPreparation()
+    {
+        for (const ConfigEntry& entry : ConfigTable) {
+            const QString path = root + entry.path;
+            int told = 0;
+            for (int deletedAt = 1; told + 1 >= deletedAt; ++deletedAt) {
+                FreshTree fresh;
+                createConfigValue(entry, root);
+                auto* const value = Tree::Instance()->FindValue(path);
+                if (auto* const selection = dynamic_cast<values::ValueSelection*>(value))
+                    selection->DeleteItems(); // so that there is something to tell
+                else if (auto* const integer = dynamic_cast<values::IntValue*>(value))
+                    integer->SetMinMax(-1, 1, 1, nullptr);
+                else if (auto* const number = dynamic_cast<values::DoubleValue*>(value))
+                    number->SetMinMax(-1.0, 1.0, 0.5, nullptr);
+                value->SetState(values::StateUnused, nullptr);
+                told = 0;
+                RecordingObserver deleting([&](Observable*, TChangeCode code) {
+                    if (code == ChangeState && Tree::Instance()->FindValue(path) == nullptr)
+                        return;
+                    if (++told == deletedAt)
+                        Tree::Instance()->DeleteValue(path);
+                });
+                value->MakeFirstObserver(&deleting);
+                createConfigValue(entry, root);
+                QCOMPARE(Tree::Instance()->FindValue(path) == nullptr, told >= deletedAt);
+                QVERIFY2(told <= deletedAt, entry.path);
+                if (auto* const left = Tree::Instance()->FindValue(path))
+                    left->RemoveObserver(&deleting);
+            }
+            QVERIFY2(told > 0, entry.path);
+        }
+    }
+
     void unitsOfAveragingTimesAreRead_data()
     {
         QTest::addColumn<QString>("text");

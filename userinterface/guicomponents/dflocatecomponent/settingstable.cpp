@@ -37,7 +37,8 @@ double averagingMilliseconds(const QString& text)
     return unit == QLatin1Char('m') ? number : number * 1000.0;
 }
 
-/// Gives a value its limits, items and initial content, by kind.
+/// Gives a value its limits, items and initial content, by kind. Whoever is told of one of them may delete the value:
+/// the rest is not done then.
 class Initialiser
 {
 public:
@@ -46,28 +47,34 @@ public:
     {
     }
 
-    void operator()(values::BoolValue& value) const { value.SetValue(m_entry.initial != 0, nullptr); }
-
-    void operator()(values::IntValue& value) const
+    void operator()(const values::ValuePtr<values::BoolValue>& value) const
     {
-        value.SetMinMax(static_cast<int>(m_entry.range.min), static_cast<int>(m_entry.range.max),
-                        static_cast<int>(m_entry.range.step), nullptr);
-        value.SetValue(m_entry.initial, nullptr);
+        value->SetValue(m_entry.initial != 0, nullptr);
     }
 
-    void operator()(values::DoubleValue& value) const
+    void operator()(const values::ValuePtr<values::IntValue>& value) const
     {
-        value.SetMinMax(m_entry.range.min, m_entry.range.max, m_entry.range.step, nullptr);
-        value.SetValue(m_entry.initial, nullptr);
+        value->SetMinMax(static_cast<int>(m_entry.range.min), static_cast<int>(m_entry.range.max),
+                         static_cast<int>(m_entry.range.step), nullptr);
+        if (value)
+            value->SetValue(m_entry.initial, nullptr);
     }
 
-    void operator()(values::ValueSelection& value) const
+    void operator()(const values::ValuePtr<values::DoubleValue>& value) const
     {
-        exchangeItems(value, [this](values::ValueSelection& items) {
+        value->SetMinMax(m_entry.range.min, m_entry.range.max, m_entry.range.step, nullptr);
+        if (value)
+            value->SetValue(m_entry.initial, nullptr);
+    }
+
+    void operator()(const values::ValuePtr<values::ValueSelection>& value) const
+    {
+        exchangeItems(*value.get(), [this](values::ValueSelection& items) {
             items.DeleteItems();
             m_entry.addItems(items);
         });
-        value.SelectIndex(m_entry.initial);
+        if (value)
+            value->SelectIndex(m_entry.initial);
     }
 
 private:
@@ -75,9 +82,13 @@ private:
 };
 
 template <typename T>
-T* createOrLink(const QString& path, values::ValuePtr<T> ConfigValues::*)
+void createAs(values::ValuePtr<T> ConfigValues::*, const ConfigEntry& entry, const QString& path)
 {
-    return values::CreateOrLink<T>(path);
+    values::ValuePtr<T> value;
+    value.Assign(values::CreateOrLink<T>(path));
+    Initialiser{entry}(value);
+    if (value && entry.initialState)
+        value->SetState(*entry.initialState, nullptr);
 }
 
 QString pathOf(const ConfigEntry& entry, const QString& handlerRoot)
@@ -142,14 +153,7 @@ void addAverageTimes(values::ValueSelection& selection)
 void createConfigValue(const ConfigEntry& entry, const QString& handlerRoot)
 {
     const QString path = pathOf(entry, handlerRoot);
-    std::visit(
-        [&](auto member) {
-            auto* const value = createOrLink(path, member);
-            Initialiser{entry}(*value);
-            if (entry.initialState)
-                value->SetState(*entry.initialState, nullptr);
-        },
-        entry.member);
+    std::visit([&](auto member) { createAs(member, entry, path); }, entry.member);
 }
 
 values::ValueBase* bindConfigValue(const ConfigEntry& entry, ConfigValues& values, const QString& handlerRoot)
