@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QPaintEngine>
 #include <QPainterPath>
 #include <QScrollBar>
 
@@ -234,6 +235,7 @@ void MapCanvas::resizeEvent(QResizeEvent* event)
 void MapCanvas::changeEvent(QEvent* event)
 {
     QGraphicsView::changeEvent(event);
+    m_legend = QPixmap(); // of another font, palette or language
     if (event->type() == QEvent::PaletteChange)
         m_scene.setColors(MapColors::fitting(palette()));
 }
@@ -249,6 +251,7 @@ void MapCanvas::refreshGraticule()
     m_graticuleArea = visible.adjusted(-marginX, -marginY, marginX, marginY);
     m_graticuleScale = metresPerPixel();
     m_graticule = graticule(m_scene.projection(), m_graticuleArea, m_graticuleScale);
+    m_legend = QPixmap();
 }
 
 void MapCanvas::drawBackground(QPainter* painter, const QRectF& rect)
@@ -262,14 +265,36 @@ void MapCanvas::drawBackground(QPainter* painter, const QRectF& rect)
         painter->drawPolyline(line.points);
 }
 
+/// Painted once and then copied until the map is moved or zoomed: letters cost more than many lines.
 void MapCanvas::drawForeground(QPainter* painter, const QRectF& /*rect*/)
 {
     painter->save();
     painter->resetTransform();
+    if (painter->paintEngine()->type() != QPaintEngine::Raster) {
+        drawLegend(painter); // a drawing that others will scale
+    } else {
+        const double pixels = painter->device()->devicePixelRatioF();
+        const QSize size = (QSizeF(viewport()->size()) * pixels).toSize();
+        const bool isCurrent = m_legend.size() == size && m_legend.devicePixelRatioF() == pixels;
+        if (!isCurrent || m_legendTransform != viewportTransform()) {
+            m_legend = QPixmap(size);
+            m_legend.setDevicePixelRatio(pixels);
+            m_legend.fill(Qt::transparent);
+            m_legendTransform = viewportTransform();
+            QPainter legend(&m_legend);
+            legend.setRenderHints(painter->renderHints());
+            drawLegend(&legend);
+        }
+        painter->drawPixmap(0, 0, m_legend);
+    }
+    painter->restore();
+}
+
+void MapCanvas::drawLegend(QPainter* painter) const
+{
     painter->setFont(font());
     drawGraticuleLabels(painter);
     drawScaleBar(painter);
-    painter->restore();
 }
 
 /// Meridians are named at the upper edge, parallels at the left one.

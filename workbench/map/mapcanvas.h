@@ -4,6 +4,7 @@
 #include "map/graticule.h"
 
 #include <QGraphicsView>
+#include <QPixmap>
 
 #include <optional>
 #include <vector>
@@ -67,6 +68,7 @@ private:
     void zoom(double factor, const QPoint& fixedPoint);
     void move(const QPoint& pixels);
     void refreshGraticule();
+    void drawLegend(QPainter* painter) const;
     void drawScaleBar(QPainter* painter) const;
     void drawGraticuleLabels(QPainter* painter) const;
 
@@ -78,6 +80,8 @@ private:
     std::vector<GraticuleLine> m_graticule;
     QRectF m_graticuleArea;        // on the plane, somewhat more than was visible when it was computed
     double m_graticuleScale = 0.0; // metres per pixel
+    QPixmap m_legend;              // labels and scale bar as they were painted last; null: to be painted
+    QTransform m_legendTransform;  // that of the viewport with which they were
 };
 
 } // namespace workbench

@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QPen>
 #include <QStyleOptionGraphicsItem>
+#include <QVarLengthArray>
 
 #include <algorithm>
 #include <cmath>
@@ -135,17 +136,24 @@ EllipseItem::EllipseItem()
     setZValue(EllipseLayer);
 }
 
-BearingItem::BearingItem(int stationId, qint64 time, bool isLatest)
+BearingItem::BearingItem(int stationId, int result, qint64 time)
     : m_stationId(stationId)
+    , m_result(result)
     , m_time(time)
-    , m_isLatest(isLatest)
 {
+    setZValue(BearingLayer);
+}
+
+void BearingItem::setLatest(bool isLatest)
+{
+    m_isLatest = isLatest;
     setZValue(isLatest ? BearingLayer : EarlierLayer);
 }
 
 void BearingItem::setLine(const QPolygonF& line)
 {
     m_line = line;
+    m_bounds = line.boundingRect();
     QPainterPath path;
     path.addPolygon(line);
     setPath(path);
@@ -165,9 +173,24 @@ void BearingItem::setLook(MapUse use, const QColor& color, bool marked)
     const double width = marked ? 3.5 : m_isLatest ? 1.8 : 1.0;
     const bool isSolid = use == MapUse::Used || use == MapUse::Compared;
     const Qt::PenStyle style = isSolid ? Qt::SolidLine : use == MapUse::BelowThreshold ? Qt::DashLine : Qt::DotLine;
-    QPen pen(color, width, style);
+    // Pieces of a full line meet without lying on one another.
+    QPen pen(color, width, style, style == Qt::SolidLine ? Qt::FlatCap : Qt::SquareCap);
     pen.setCosmetic(true);
     setPen(pen);
+}
+
+/// Piece by piece where that looks the same: an outline of the whole line costs several times as much.
+void BearingItem::paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget)
+{
+    if (pen().style() != Qt::SolidLine || painter->paintEngine()->type() != QPaintEngine::Raster) {
+        QGraphicsPathItem::paint(painter, option, widget);
+        return;
+    }
+    QVarLengthArray<QLineF, 16> pieces;
+    for (int i = 1; i < m_line.size(); ++i)
+        pieces.append({m_line[i - 1], m_line[i]});
+    painter->setPen(pen());
+    painter->drawLines(pieces.constData(), pieces.size());
 }
 
 BackgroundItem::BackgroundItem()

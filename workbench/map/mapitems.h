@@ -116,11 +116,15 @@ public:
         Type = QGraphicsItem::UserType + 4
     };
 
-    /// @p time by the model's clock; @p isLatest: of the latest result.
-    BearingItem(int stationId, qint64 time, bool isLatest);
+    /// Of the result with the number @p result; @p time by the model's clock.
+    BearingItem(int stationId, int result, qint64 time);
     [[nodiscard]] int type() const override { return Type; }
     [[nodiscard]] int stationId() const { return m_stationId; }
+    [[nodiscard]] int result() const { return m_result; }
     [[nodiscard]] qint64 time() const { return m_time; }
+
+    /// Whether it is of the latest result.
+    void setLatest(bool isLatest);
     [[nodiscard]] bool isLatest() const { return m_isLatest; }
 
     void setLine(const QPolygonF& line);
@@ -132,12 +136,17 @@ public:
     void setLook(MapUse use, const QColor& color, bool marked);
     [[nodiscard]] bool isMarked() const { return m_isMarked; }
 
+    [[nodiscard]] QRectF boundingRect() const override { return m_bounds; }
+    void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
+
 private:
     int m_stationId;
+    int m_result;
     qint64 m_time;
-    bool m_isLatest;
+    bool m_isLatest = true;
     bool m_isMarked = false;
     QPolygonF m_line;
+    QRectF m_bounds;
 };
 
 /// What lies behind everything else: coasts, borders, places. Of its names only those are painted that have room.

@@ -115,7 +115,27 @@ void MapModel::setStations(const std::vector<StationInfo>& stations)
 
 void MapModel::addResult(const DfResult& result, const std::optional<HistoryFix>& history)
 {
-    keepAsEarlier();
+    addResults({result}, history);
+}
+
+void MapModel::addResults(const std::vector<DfResult>& results, const std::optional<HistoryFix>& history)
+{
+    bool haveMoved = false;
+    for (const DfResult& result : results) {
+        keepAsEarlier();
+        haveMoved = takeOver(result) || haveMoved;
+    }
+    m_history = history;
+    forgetFaded();
+    computeFix();
+    if (haveMoved)
+        emit stationsChanged();
+    emit bearingsChanged();
+}
+
+/// True when stations have come or moved.
+bool MapModel::takeOver(const DfResult& result)
+{
     for (MapStation& station : m_stations) {
         station.azimuth.reset();
         station.sigma.reset();
@@ -142,13 +162,9 @@ void MapModel::addResult(const DfResult& result, const std::optional<HistoryFix>
         haveMoved = merge(each) || haveMoved;
     m_result = result;
     m_result->stations.clear();
-    m_history = history;
     m_resultTime = m_clock();
-    forgetFaded();
-    computeFix();
-    if (haveMoved)
-        emit stationsChanged();
-    emit bearingsChanged();
+    ++m_resultNumber;
+    return haveMoved;
 }
 
 void MapModel::insert(std::vector<MapStation> stations)
@@ -189,7 +205,7 @@ void MapModel::keepAsEarlier()
 {
     for (const MapStation& station : m_stations) {
         if (station.hasLine())
-            m_earlier.push_back({station.id, *station.position, *station.azimuth, m_resultTime});
+            m_earlier.push_back({station.id, *station.position, *station.azimuth, m_resultNumber, m_resultTime});
     }
     if (m_earlier.size() > mostEarlierBearings) {
         const auto surplus = static_cast<std::ptrdiff_t>(m_earlier.size() - mostEarlierBearings);

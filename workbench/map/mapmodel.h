@@ -53,6 +53,7 @@ struct EarlierBearing
     int stationId = 0;
     GeoPosition position; ///< of the station at that time
     double azimuth = 0.0; ///< degrees
+    int result = 0;       ///< the number of that result
     qint64 time = 0;      ///< by the model's clock
 };
 
@@ -102,6 +103,9 @@ public:
     /// Stations that were unknown are added. What a result does not tell of a station's name and position stays as it
     /// was. @p history: the fix from stored results that goes with it, instead of one from its bearings.
     void addResult(const DfResult& result, const std::optional<HistoryFix>& history = std::nullopt);
+    /// The same for several that have come together, at least one; the fix and its @p history are those of the last
+    /// one.
+    void addResults(const std::vector<DfResult>& results, const std::optional<HistoryFix>& history);
     /// Percent; nothing: all bearings are good enough.
     void setQualityThreshold(std::optional<int> threshold);
     /// The standard deviation (degrees, as Bearing::sigma) of bearings of which nobody states it; false and no change
@@ -134,6 +138,8 @@ public:
     [[nodiscard]] double freshness(qint64 time) const;
     /// When the latest result came.
     [[nodiscard]] qint64 resultTime() const { return m_resultTime; }
+    /// Results are numbered as they come; that of the latest one.
+    [[nodiscard]] int resultNumber() const { return m_resultNumber; }
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
@@ -157,6 +163,7 @@ private:
     [[nodiscard]] bool isBelowThreshold(const MapStation& station) const;
     [[nodiscard]] QString valueText(const MapStation& station, int column) const;
     void keepAsEarlier();
+    bool takeOver(const DfResult& result);
     bool merge(const StationResult& result);
     void insert(std::vector<MapStation> stations);
     void computeFix();
@@ -172,6 +179,7 @@ private:
     std::vector<EarlierBearing> m_earlier;
     std::optional<DfResult> m_result;
     qint64 m_resultTime = 0;
+    int m_resultNumber = 0;
     std::optional<int> m_qualityThreshold;
     double m_assumedSigma = workbench::assumedSigma;
     double m_probability = defaultProbability;

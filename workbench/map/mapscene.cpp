@@ -8,6 +8,7 @@
 #include <QBrush>
 #include <QEvent>
 #include <QGuiApplication>
+#include <QHash>
 #include <QPen>
 
 #include <algorithm>
@@ -124,6 +125,7 @@ void MapScene::centreProjection()
         return;
     m_projection = MapProjection(centre);
     m_background->setShapes({});
+    deleteAll(m_bearings); // lines of another plane
     placeBearings();
     emit projectionChanged();
 }
@@ -150,21 +152,32 @@ double MapScene::lineLength() const
     return std::clamp(surplus * reach, shortestLine, longestLine);
 }
 
+/// A line that is there stays as it is, also when its result is no longer the latest one.
 void MapScene::placeBearings()
 {
-    deleteAll(m_bearings);
+    QHash<std::pair<int, int>, BearingItem*> former; // by station and result
+    for (BearingItem* const item : m_bearings)
+        former.insert({item->stationId(), item->result()}, item);
+    m_bearings.clear();
     const double length = lineLength();
-    const auto add = [&](BearingItem* item, const GeoPosition& station, double azimuth) {
-        item->setLine(onMap(geoshapes::bearingLine(station, azimuth, length)));
-        addItem(item);
+    const auto place = [&](const EarlierBearing& bearing, bool isLatest) {
+        BearingItem* item = former.take({bearing.stationId, bearing.result});
+        if (item == nullptr) {
+            item = new BearingItem(bearing.stationId, bearing.result, bearing.time);
+            item->setLine(onMap(geoshapes::bearingLine(bearing.position, bearing.azimuth, length)));
+            addItem(item);
+        }
+        item->setLatest(isLatest);
         m_bearings.push_back(item);
     };
     for (const EarlierBearing& bearing : m_model.earlierBearings())
-        add(new BearingItem(bearing.stationId, bearing.time, false), bearing.position, bearing.azimuth);
+        place(bearing, false);
     for (const MapStation& station : m_model.stations()) {
         if (station.hasLine())
-            add(new BearingItem(station.id, m_model.resultTime(), true), *station.position, *station.azimuth);
+            place({station.id, *station.position, *station.azimuth, m_model.resultNumber(), m_model.resultTime()},
+                  true);
     }
+    qDeleteAll(former);
     placeFix();
     m_ageTimer.start();
     refreshLooks();
