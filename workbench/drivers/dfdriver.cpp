@@ -187,7 +187,7 @@ private:
     std::unique_ptr<DfSource> m_source;
     QPointer<LocateHistory> m_history;
     std::optional<DfResult> m_toLocate; // while the history looks for its fix
-    QTimer m_frame;                     // runs for a frame after each result written
+    QTimer m_frame;                     // runs for a frame from the begin of writing a result
     std::optional<DfResult> m_pending;
     bool m_isMeasuring = false;
     bool m_isCyclic = false;
@@ -662,13 +662,15 @@ void DfDriver::Private::publish(const DfResult& result, const LocateResult& loca
     m_publishedFix = located;
     m_publishedHistory = history;
     const auto* const fix = std::get_if<Fix>(&located);
+    m_frame.start(frameMs); // writing is a part of the frame
     // Before the result: whoever is told of that looks here for where its position is from.
     writeHriRunning(history.has_value());
     if (!alive ||
         !m_results->write(result, qualityThreshold(), fix != nullptr ? std::optional(fix->position) : std::nullopt))
         return;
     m_isPublishing = false;
-    m_frame.start(frameMs);
+    if (!m_frame.isActive())
+        m_frame.start(0); // for what has come meanwhile
     writeStatus();
     if (!alive)
         return;
