@@ -230,7 +230,7 @@ void Run::keepHistory(DfDriver& driver)
     connect(m_history.get(), &ResultHistory::message, this, printError);
     connect(&driver, &DfDriver::measured, m_history.get(), &ResultHistory::keep);
     driver.setHistory(m_history.get());
-    m_window.offerHistory(*m_history, driver);
+    m_window.offerHistory(*m_history);
 }
 
 void Run::openBackground()
@@ -327,7 +327,7 @@ void Run::endJob()
         return;
     }
     if (!m_options.screenshotFile.isEmpty()) {
-        if (const auto failure = saveScreenshot(m_window.grab().toImage(), m_options.screenshotFile))
+        if (const auto failure = saveScreenshot(m_window.picture(), m_options.screenshotFile))
             fail(BadOptionsOrFiles, *failure);
     }
     if (m_options.headless || !m_options.screenshotFile.isEmpty())
@@ -359,8 +359,15 @@ void Run::fail(ExitCode code, const QString& reason)
 
 bool Application::notify(QObject* receiver, QEvent* event)
 {
-    bool handled = false;
-    const auto thrown = contained([&] { handled = QApplication::notify(receiver, event); });
+    bool handled = true;
+    const auto deliver = [&] { handled = QApplication::notify(receiver, event); };
+    const bool isPaint = event->type() == QEvent::UpdateRequest && receiver->isWidgetType();
+    const auto thrown = contained([&] {
+        if (isPaint)
+            m_paintPace.paint(*static_cast<QWidget*>(receiver), deliver);
+        else
+            deliver();
+    });
     if (thrown)
         emit exceptionCaught(tr("The component let %1 out of an event handler.").arg(*thrown));
     return handled;

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "app/paintpace.h"
+
 #include <QApplication>
 
 namespace workbench {
 
 /// An application object that lets no exception of a component end the program: one that leaves an event handler is
-/// caught and told.
+/// caught and told. Its windows are painted at the pace of PaintPace, those of components too.
 class Application : public QApplication
 {
     Q_OBJECT
@@ -16,6 +18,9 @@ public:
 signals:
     /// @p text is a full sentence.
     void exceptionCaught(const QString& text);
+
+private:
+    PaintPace m_paintPace;
 };
 
 /// The exit codes of the program.

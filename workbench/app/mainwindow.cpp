@@ -3,6 +3,7 @@
 #include "app/displaytext.h"
 #include "app/historyview.h"
 #include "app/parametersetview.h"
+#include "app/resultfeed.h"
 #include "app/screenshot.h"
 #include "app/session.h"
 #include "app/traceview.h"
@@ -288,9 +289,11 @@ void MainWindow::follow(Session& session)
         return;
     }
     addDeviceMenu(*driver);
+    m_feed = new ResultFeed(*driver, this);
     addMap(*driver);
     m_driverName->setText(beginningOf(driver->source().name()));
-    connect(driver, &DfDriver::resultPublished, this, &MainWindow::showResult);
+    connect(m_feed, &ResultFeed::arrived, this, &MainWindow::showResults);
+    connect(driver, &DfDriver::resultPublished, this, &MainWindow::endMessageOfFailure);
     connect(driver, &DfDriver::measurementFailed, this, &MainWindow::showMeasuringFailure);
     connect(driver, &DfDriver::settingsRefused, this, &MainWindow::showMeasuringFailure);
 }
@@ -318,9 +321,9 @@ void MainWindow::addMap(const DfDriver& driver)
     m_mapView = new MapView;
     MapModel* const model = m_mapView->model();
     model->setStations(driver.source().stations());
-    connect(&driver, &DfDriver::resultPublished, model, [model, &driver](const DfResult& result) {
-        model->setQualityThreshold(driver.settings().qualityThreshold);
-        model->addResult(result, driver.publishedHistory());
+    connect(m_feed, &ResultFeed::arrived, model, [model](const ResultBatch& batch) {
+        model->setQualityThreshold(batch.qualityThreshold);
+        model->addResults(batch.results, batch.history);
     });
     connect(m_mapView, &MapView::message, this, &MainWindow::showMessage);
 
@@ -358,10 +361,11 @@ void MainWindow::offerParameterSets(Session& session, const QString& folder)
     connect(view, &ParameterSetView::message, this, &MainWindow::showMessage);
 }
 
-void MainWindow::offerHistory(ResultHistory& history, const DfDriver& driver)
+void MainWindow::offerHistory(ResultHistory& history)
 {
     auto* const view = new HistoryView(history);
-    connect(&driver, &DfDriver::resultPublished, view, &HistoryView::follow);
+    connect(m_feed, &ResultFeed::arrived, view,
+            [view](const ResultBatch& batch) { view->follow(batch.results.back()); });
     auto* const dock = new QDockWidget(tr("History"), this);
     dock->setObjectName(QStringLiteral("HistoryDock"));
     dock->setWidget(view);
@@ -434,9 +438,18 @@ void MainWindow::showMeasuringFailure(const QString& text)
     m_messageEndsWithResult = true;
 }
 
-void MainWindow::showResult(const DfResult& result)
+/// At once: what is told after it shall not end with it.
+void MainWindow::endMessageOfFailure()
 {
-    ++m_resultCount;
+    // What came of a file is still to be read in the middle of cyclic measuring.
+    if (m_messageEndsWithResult)
+        showMessage(QString());
+}
+
+void MainWindow::showResults(const ResultBatch& batch)
+{
+    const DfResult& result = batch.results.back();
+    m_resultCount += static_cast<int>(batch.results.size());
     const auto bearings = std::count_if(result.stations.begin(), result.stations.end(),
                                         [](const StationResult& station) { return station.azimuth.has_value(); });
     const QString time =
@@ -446,9 +459,13 @@ void MainWindow::showResult(const DfResult& result)
                               .arg(time)
                               .arg(bearings)
                               .arg(result.stations.size()));
-    // What came of a file is still to be read in the middle of cyclic measuring.
-    if (m_messageEndsWithResult)
-        showMessage(QString());
+}
+
+QImage MainWindow::picture()
+{
+    if (m_feed != nullptr)
+        m_feed->flush();
+    return grab().toImage();
 }
 
 // Dialogs are opened, not executed: a dialog that waits in a function would outlive a window that is closed meanwhile.
@@ -461,7 +478,7 @@ void MainWindow::saveScreenshotAs()
     dialog->setDefaultSuffix(QStringLiteral("png"));
     dialog->selectFile(QStringLiteral("dflocate-workbench.png"));
     connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& file) {
-        m_files->run([file, picture = grab().toImage()] { return saveScreenshot(picture, file); },
+        m_files->run([file, picture = picture()] { return saveScreenshot(picture, file); },
                      [this, file](const std::optional<QString>& failure) {
                          showMessage(failure ? *failure : tr("%1: the picture is saved.").arg(file));
                      });

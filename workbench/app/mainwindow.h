@@ -1,8 +1,8 @@
 #pragma once
 
-#include "drivers/dfresult.h"
 #include "guicomponentbase/ivelmarguiservice.h"
 
+#include <QImage>
 #include <QMainWindow>
 #include <QUndoStack>
 
@@ -14,10 +14,12 @@ namespace workbench {
 class DfDriver;
 class FileWork;
 class MapView;
+class ResultFeed;
 class ResultHistory;
 class Session;
 class TraceView;
 class ValueTreeView;
+struct ResultBatch;
 
 /// The window of the workbench: the component's toolbar on top, its panel, the live value tree and the traces around
 /// it. It is the host's main widget as long as it lives.
@@ -38,10 +40,14 @@ public:
     /// may end before the window.
     void offerParameterSets(Session& session, const QString& folder);
     /// Adds a dock in which the bearings of @p history are chosen, and says in the status bar whether results are
-    /// stored. To be called after follow(). The history and the session may end before the window.
-    void offerHistory(ResultHistory& history, const DfDriver& driver);
+    /// stored. To be called after follow() of a session with a driver. The history and the session may end before the
+    /// window.
+    void offerHistory(ResultHistory& history);
     /// Shows in place of the component why there is none; @p reason is a full sentence.
     void showComponentFailure(const QString& reason);
+
+    /// What it looks like, with all results that are published.
+    [[nodiscard]] QImage picture();
 
     /// Null without a driver.
     [[nodiscard]] MapView* mapView() const { return m_mapView; }
@@ -71,6 +77,7 @@ private:
     void addInputModeMenu(Session& session);
     void addDeviceMenu(DfDriver& driver);
     void addMap(const DfDriver& driver);
+    void endMessageOfFailure();
     void addMapEntries();
     void showHistoryState(const ResultHistory& history);
     void findValue();
@@ -81,11 +88,12 @@ private:
     void showHotKeys();
     void showAbout();
     void showMeasuringFailure(const QString& text);
-    void showResult(const DfResult& result);
+    void showResults(const ResultBatch& batch);
     [[nodiscard]] QWidget* textPanel(const QString& objectName, const QString& text) const;
 
     QUndoStack m_undoStack;
     FileWork* m_files;
+    ResultFeed* m_feed = nullptr; // null without a driver
     MapView* m_mapView = nullptr;
     QDockWidget* m_panelDock = nullptr;
     TraceView* m_traceView = nullptr;

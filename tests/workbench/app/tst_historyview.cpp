@@ -274,7 +274,7 @@ void TestHistoryView::theWindowHasADockForIt()
     ResultHistory history(folder.filePath("history.sqlite"));
     workbench::Session session(std::make_unique<FakeSource>());
     window.follow(session);
-    window.offerHistory(history, *session.driver());
+    window.offerHistory(history);
     auto* const dock = window.findChild<QDockWidget*>("HistoryDock");
     QVERIFY(dock != nullptr);
     QCOMPARE(dock->toggleViewAction()->text(), QStringLiteral("&History"));
@@ -291,7 +291,7 @@ void TestHistoryView::theStatusBarSaysWhetherResultsAreStored()
         ResultHistory history(folder.filePath("history.sqlite"));
         workbench::Session session(std::make_unique<FakeSource>());
         window.follow(session);
-        window.offerHistory(history, *session.driver());
+        window.offerHistory(history);
         auto* const summary = window.findChild<QLabel*>("HistorySummary");
         QCOMPARE(summary->text(), QStringLiteral("Stored: 0"));
         QCOMPARE(summary->toolTip(), history.file());

@@ -200,7 +200,8 @@ void TestMainWindow::theDriverAndTheLastResultAreShown()
     workbench::DfResult untimed = FakeSource::result();
     untimed.time = QTime();
     emit session.driver()->resultPublished(untimed);
-    QCOMPARE(labelText(window, "LastResult"), QStringLiteral("Result 2: time unknown, 1 of 2 stations with a bearing"));
+    QTRY_COMPARE(labelText(window, "LastResult"),
+                 QStringLiteral("Result 2: time unknown, 1 of 2 stations with a bearing"));
 }
 
 void TestMainWindow::aFailedMeasurementIsShown()
