@@ -2,12 +2,18 @@
 
 #include "drivers/dfsource.h"
 
+#include <QElapsedTimer>
 #include <QTimer>
+
+#include <algorithm>
 
 namespace soak {
 
-/// A network of a hundred stations that measures fifty times a second. From every other
-/// result its last station is missing.
+/// A network of a hundred stations that measures fifty times a second. From every other result its last station is
+/// missing.
+///
+/// A result is due every 20 ms, whoever asks for it when. One that is asked for too late comes at once, and those
+/// behind it are due as before: there are fifty a second as long as whoever asks can do with that many in the long run.
 class SteadySource final : public workbench::DfSource
 {
     Q_OBJECT
@@ -26,9 +32,10 @@ public:
             station.scan = true;
             m_stations.push_back(station);
         }
-        m_tick.setTimerType(Qt::PreciseTimer);
-        m_tick.setInterval(1000 / resultsPerSecond);
-        connect(&m_tick, &QTimer::timeout, this, &SteadySource::answer);
+        m_wait.setTimerType(Qt::PreciseTimer);
+        m_wait.setSingleShot(true);
+        connect(&m_wait, &QTimer::timeout, this, &SteadySource::answer);
+        m_clock.start();
     }
 
     [[nodiscard]] QString name() const override { return QStringLiteral("Soak"); }
@@ -40,20 +47,20 @@ public:
     void measure(const workbench::DfRequest& request) override
     {
         m_request = request;
-        m_isAsked = true;
-        if (!m_tick.isActive())
-            m_tick.start();
+        m_due = std::max(m_due, m_clock.elapsed() - longestDelay);
+        m_wait.start(static_cast<int>(std::max(0LL, m_due - m_clock.elapsed())));
     }
-    void cancel() override { m_isAsked = false; }
+    void cancel() override { m_wait.stop(); }
 
     [[nodiscard]] int answers() const { return m_answers; }
 
 private:
+    static constexpr qint64 period = 1000 / resultsPerSecond; // ms
+    static constexpr qint64 longestDelay = 1000;              // ms; what is due for longer never comes
+
     void answer()
     {
-        if (!m_isAsked)
-            return;
-        m_isAsked = false;
+        m_due += period;
         ++m_answers;
         workbench::DfResult result;
         result.frequency = m_request.frequency;
@@ -78,9 +85,10 @@ private:
 
     std::vector<workbench::StationInfo> m_stations;
     workbench::DfRequest m_request;
-    QTimer m_tick;
+    QTimer m_wait; // runs from being asked until the answer
+    QElapsedTimer m_clock;
+    qint64 m_due = 0; // ms, by the clock
     int m_answers = 0;
-    bool m_isAsked = false;
 };
 
 } // namespace soak
