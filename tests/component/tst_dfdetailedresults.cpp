@@ -28,6 +28,8 @@ using testsupport::RecordingObserver;
 using testsupport::Traces;
 using VelmarGui::DFDetailedResults;
 using Rows = QList<QStringList>;
+using Change = std::function<void(QTableWidget&)>;
+Q_DECLARE_METATYPE(Change)
 
 namespace {
 
@@ -306,6 +308,10 @@ private slots:
     void aTableThatIsShownPaintsWhatChanged();
     void aWindowThatSawOtherResultsShowsTheSameAsANewOne();
     void cellsAreKeptAndTheirTextReplaced();
+    void whatOthersDoToTheTableIsMadeGood_data();
+    void whatOthersDoToTheTableIsMadeGood();
+    void whatOthersDoOnBeingToldIsMadeGood();
+    void aTableThatShrinksWhileItIsFilledIsFilledAsFarAsItGoes();
     void withoutATableRefreshDoesNothing();
     void anExceptionIsTracedAndGoesNoFurther();
 
@@ -1117,6 +1123,82 @@ void TestDFDetailedResults::cellsAreKeptAndTheirTextReplaced()
     delete window.m_pTable->takeItem(1, Error);
     driver.announce();
     QCOMPARE(window.cell(1, Error), QStringLiteral("Timeout"));
+}
+
+void TestDFDetailedResults::whatOthersDoToTheTableIsMadeGood_data()
+{
+    QTest::addColumn<Change>("change");
+
+    const auto row = [](const char* name, Change change) { QTest::newRow(name) << std::move(change); };
+    row("another text", [](QTableWidget& table) { table.item(0, Azimuth)->setText("else"); });
+    row("a cell taken", [](QTableWidget& table) { delete table.takeItem(1, Error); });
+    row("a cell deleted", [](QTableWidget& table) { delete table.item(1, Name); });
+    row("another cell", [](QTableWidget& table) { table.setItem(0, Level, new QTableWidgetItem("else")); });
+    row("cells exchanged", [](QTableWidget& table) {
+        QTableWidgetItem* const first = table.takeItem(0, Name);
+        table.setItem(0, Name, table.takeItem(1, Name));
+        table.setItem(1, Name, first);
+    });
+    row("rows sorted", [](QTableWidget& table) { table.sortItems(Name, Qt::DescendingOrder); });
+    row("a row removed and added", [](QTableWidget& table) {
+        table.removeRow(0);
+        table.insertRow(0);
+    });
+    row("a column removed and added", [](QTableWidget& table) {
+        table.removeColumn(Quality);
+        table.insertColumn(Quality);
+    });
+    row("all cells gone", [](QTableWidget& table) { table.clearContents(); });
+    row("no rows for a while", [](QTableWidget& table) {
+        table.setRowCount(0);
+        table.setRowCount(2);
+    });
+}
+
+void TestDFDetailedResults::whatOthersDoToTheTableIsMadeGood()
+{
+    QFETCH(Change, change);
+    const Driver driver;
+    const Window window;
+    change(*window.m_pTable);
+    driver.announce();
+    QCOMPARE(window.rows(), bothStations);
+}
+
+void TestDFDetailedResults::whatOthersDoOnBeingToldIsMadeGood()
+{
+    const Driver driver;
+    Window window;
+    QTableWidget& table = *window.m_pTable;
+    const auto once = std::make_shared<QMetaObject::Connection>();
+    *once = connect(table.model(), &QAbstractItemModel::dataChanged, &window, [&table, once] {
+        disconnect(*once);
+        delete table.takeItem(1, Name);
+    });
+    setNorth(driver.azimuth, "99.0");
+    driver.announce();
+    QVERIFY(table.item(1, Name) == nullptr);
+    driver.announce();
+    QCOMPARE(window.cell(1, Name), QStringLiteral("South"));
+}
+
+void TestDFDetailedResults::aTableThatShrinksWhileItIsFilledIsFilledAsFarAsItGoes()
+{
+    const Driver driver;
+    const Window window;
+    setNorth(driver.errors, "-14");
+    setNorth(driver.azimuth, "99.0");
+    {
+        const CheckingTranslator shrinking([&](const QString& /*context*/, const QString& text) {
+            if (text == "Timeout")
+                window.m_pTable->setRowCount(1);
+            return text;
+        });
+        driver.announce();
+    }
+    QCOMPARE(window.m_pTable->rowCount(), 1);
+    QCOMPARE(window.cell(0, Azimuth), QStringLiteral("99.0°"));
+    QCOMPARE(window.cell(0, Error), QStringLiteral("Timeout"));
 }
 
 void TestDFDetailedResults::withoutATableRefreshDoesNothing()

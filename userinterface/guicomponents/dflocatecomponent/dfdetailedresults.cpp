@@ -5,6 +5,7 @@
 #include "errortext.h"
 #include "hostcodes.h"
 #include "resultcell.h"
+#include "resultcells.h"
 #include "resultformats.h"
 #include "resultnames.h"
 #include "valuetools.h"
@@ -17,7 +18,6 @@
 #include <QGuiApplication>
 #include <QKeySequence>
 #include <QScopeGuard>
-#include <QSignalBlocker>
 #include <QStyledItemDelegate>
 #include <QTableWidget>
 
@@ -31,6 +31,12 @@ constexpr int nameColumnWidth = 80;
 
 // Not a literal QString: the host may keep traces for longer than this library is loaded.
 const QLatin1String sourceFile("userinterface/guicomponents/dflocatecomponent/dfdetailedresults");
+
+/// The status values have a folder of the same form as the results; only that word is another.
+QString statusFolderOf(QString resultPrefix)
+{
+    return resultPrefix.replace(QLatin1String("Result"), QLatin1String("Status"));
+}
 
 /// The item of the station with @p key; null without a selection or such an item. It most often stands at the same
 /// @p index as the station itself.
@@ -98,6 +104,7 @@ QString selectedText(const QTableWidget& table)
 
 DFDetailedResults::DFDetailedResults(const QString& resultPrefix)
     : m_resultPrefix(resultPrefix)
+    , m_fromHistoryPath(statusFolderOf(resultPrefix) + QLatin1String("LocateHRIRunning"))
 {
     setupUi(this);
     setObjectName(QStringLiteral("DetailedResults"));
@@ -105,6 +112,7 @@ DFDetailedResults::DFDetailedResults(const QString& resultPrefix)
     setAttribute(Qt::WA_QuitOnClose, false);
     m_table = m_pTable;
     m_fitter = new ColumnFitter(*m_pTable);
+    m_cells = new ResultCells(*m_pTable);
     m_table->setItemDelegate(new BeginningDelegate(m_table));
     AddCopyAction();
 
@@ -192,10 +200,7 @@ void DFDetailedResults::ShowLocation()
 
 void DFDetailedResults::ShowLocateType(bool hasTime)
 {
-    // The status values have a folder of the same form as the results; only that word is another.
-    QString statusPrefix = m_resultPrefix;
-    statusPrefix.replace(QLatin1String("Result"), QLatin1String("Status"));
-    const auto* const fromHistory = findValue<values::BoolValue>(statusPrefix + QLatin1String("LocateHRIRunning"));
+    const auto* const fromHistory = findValue<values::BoolValue>(m_fromHistoryPath);
     if (hasTime && fromHistory != nullptr)
         m_pLocateTypeLabel->setText(fromHistory->GetValue() ? tr("History") : tr("Online"));
     else
@@ -211,18 +216,31 @@ void DFDetailedResults::FillTable()
     const int rows = std::min(m_selectedDf->GetItemCount(), m_table->rowCount());
     CellRange changed;
     // Also of what was done before a translator has thrown.
-    const auto tell = qScopeGuard([&] { Tell(changed); });
+    const auto tell = qScopeGuard([&] {
+        if (m_table != nullptr)
+            m_cells->Tell(changed);
+    });
     for (int row = 0; row < rows; ++row)
         FillRow(row, common, changed);
 }
 
-DFDetailedResults::Common DFDetailedResults::ReadCommon() const
+DFDetailedResults::Common DFDetailedResults::ReadCommon()
 {
-    const double frequency = m_frequency ? Brix::toDoubleEx(m_frequency->GetValue()) : 0.0;
     const auto* const threshold = FindResult<values::IntValue>(qualityThresholdName);
-    return {nothingToShow, frequency != 0.0 ? frequencyText(frequency) : QString(),
-            threshold != nullptr ? threshold->GetValue() : 0, FindResult<values::ValueSelection>(longitudeName),
-            FindResult<values::ValueSelection>(latitudeName)};
+    return {nothingToShow, ShownFrequency(), threshold != nullptr ? threshold->GetValue() : 0,
+            FindResult<values::ValueSelection>(longitudeName), FindResult<values::ValueSelection>(latitudeName)};
+}
+
+/// Empty when it is unknown.
+QString DFDetailedResults::ShownFrequency()
+{
+    const QString written = m_frequency ? m_frequency->GetValue() : QString();
+    if (written != m_writtenFrequency) {
+        const double frequency = Brix::toDoubleEx(written);
+        m_shownFrequency = frequency != 0.0 ? frequencyText(frequency) : QString();
+        m_writtenFrequency = written;
+    }
+    return m_shownFrequency;
 }
 
 /// Cells whose text stays are not touched: most texts of a result are those of the one before. Nobody is told of the
@@ -239,25 +257,26 @@ void DFDetailedResults::FillRow(int row, const Common& common, CellRange& change
     // A level was measured whenever there is a frequency, however bad the bearing.
     const bool hasFrequency = !common.frequency.isEmpty();
 
-    const auto note = [&](Column column, const ResultCell& cell, bool isAnother) {
-        if (!isAnother)
+    const auto replace = [&](Column column, auto replaceTextOf) {
+        ResultCell* const cell = m_cells->At(row, column);
+        if (cell == nullptr || !replaceTextOf(*cell))
             return;
         changed.Add(row, column);
         if (column != NameColumn) // names may be long, their column keeps its width
-            m_fitter->Fit(row, column, cell.Text());
+            m_fitter->Fit(row, column, cell->Text());
     };
     const auto show = [&](Column column, const QString& text) {
-        ResultCell& cell = CellAt(row, column);
-        note(column, cell, cell.Replace(text));
+        replace(column, [&](ResultCell& cell) { return cell.Replace(text); });
     };
     const auto showWithUnit = [&](Column column, const values::SelectionItem* shown, const QString& unit) {
-        ResultCell& cell = CellAt(row, column);
-        note(column, cell, shown != nullptr ? cell.Replace(shown->GetName(), unit) : cell.Replace(common.nothing));
+        replace(column, [&](ResultCell& cell) {
+            return shown != nullptr ? cell.Replace(shown->GetName(), unit) : cell.Replace(common.nothing);
+        });
     };
     const auto showCoordinate = [&](Column column, const values::SelectionItem* shown) {
-        ResultCell& cell = CellAt(row, column);
-        note(column, cell,
-             shown != nullptr ? cell.ReplaceByCoordinate(shown->GetName()) : cell.Replace(common.nothing));
+        replace(column, [&](ResultCell& cell) {
+            return shown != nullptr ? cell.ReplaceByCoordinate(shown->GetName()) : cell.Replace(common.nothing);
+        });
     };
     show(NameColumn, station->GetName());
     show(FrequencyColumn, hasFrequency ? common.frequency : common.nothing);
@@ -270,29 +289,6 @@ void DFDetailedResults::FillRow(int row, const Common& common, CellRange& change
         show(ErrorColumn, errorText(error));
     else
         show(ErrorColumn, common.nothing);
-}
-
-ResultCell& DFDetailedResults::CellAt(int row, int column)
-{
-    QTableWidgetItem* const item = m_table->item(row, column);
-    if (item != nullptr && item->type() == ResultCell::Type)
-        return static_cast<ResultCell&>(*item);
-    auto* const cell = new ResultCell;
-    // It is told of once it has a text.
-    const QSignalBlocker quiet(m_table->model());
-    m_table->setItem(row, column, cell);
-    return *cell;
-}
-
-/// Tells the views once of all cells that have changed: a table with thousands of cells that are told of one by one is
-/// busy with nothing else.
-void DFDetailedResults::Tell(const CellRange& changed)
-{
-    if (changed.IsEmpty() || m_table == nullptr)
-        return;
-    QAbstractItemModel* const model = m_table->model();
-    emit model->dataChanged(model->index(changed.top, changed.left), model->index(changed.bottom, changed.right),
-                            {Qt::DisplayRole, Qt::EditRole});
 }
 
 } // namespace VelmarGui

@@ -7,14 +7,13 @@
 #include <QString>
 #include <QWidget>
 
-#include <algorithm>
-#include <limits>
 #include <optional>
 
 namespace VelmarGui {
 
 class ColumnFitter;
-class ResultCell;
+class ResultCells;
+struct CellRange;
 
 /// The "DF/Locate detailed results" window: time, averaged location and locate type of the latest result, and a table
 /// with one row for every DF station that took part.
@@ -60,24 +59,6 @@ private:
         const values::ValueSelection* latitude;  ///< may be null
     };
 
-    /// The smallest range that holds all cells that were added.
-    struct CellRange
-    {
-        int top = std::numeric_limits<int>::max();
-        int left = std::numeric_limits<int>::max();
-        int bottom = -1;
-        int right = -1;
-
-        void Add(int row, int column)
-        {
-            top = std::min(top, row);
-            left = std::min(left, column);
-            bottom = std::max(bottom, row);
-            right = std::max(right, column);
-        }
-        [[nodiscard]] bool IsEmpty() const { return bottom < 0; }
-    };
-
     template <typename T>
     [[nodiscard]] T* FindResult(QLatin1String name) const;
     void AddCopyAction();
@@ -87,10 +68,9 @@ private:
     void ShowLocation();
     void ShowLocateType(bool hasTime);
     void FillTable();
-    [[nodiscard]] Common ReadCommon() const;
+    [[nodiscard]] Common ReadCommon();
+    [[nodiscard]] QString ShownFrequency();
     void FillRow(int row, const Common& common, CellRange& changed);
-    [[nodiscard]] ResultCell& CellAt(int row, int column);
-    void Tell(const CellRange& changed);
 
     QString m_resultPrefix;
     values::ValuePtr<values::ValueSelection> m_selectedDf;
@@ -100,9 +80,13 @@ private:
     values::ValuePtr<values::ValueSelection> m_errors;
     values::ValueObservingPtr<values::StringValue> m_frequency{this};
     values::ValueObservingPtr<values::StringValue> m_resultTime{this};
-    QPointer<QTableWidget> m_table;     ///< the form's table, as long as it exists
-    ColumnFitter* m_fitter = nullptr;   ///< belongs to the table
+    QPointer<QTableWidget> m_table;   ///< the form's table, as long as it exists
+    ColumnFitter* m_fitter = nullptr; ///< belongs to the table
+    ResultCells* m_cells = nullptr;   ///< belongs to the table
+    QString m_fromHistoryPath;
     std::optional<QString> m_shownTime; ///< as the driver wrote it
+    QString m_writtenFrequency;         ///< as the driver wrote it
+    QString m_shownFrequency;           ///< what is shown of it; empty: unknown
 };
 
 } // namespace VelmarGui
