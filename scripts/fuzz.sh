@@ -31,7 +31,7 @@ work=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export TMPDIR=$work
 mkdir -p "$findings"
-export LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp:print_suppressions=0"
+export LSAN_OPTIONS="suppressions=$PWD/fuzz/lsan.supp:print_suppressions=0"
 export LC_ALL=C.UTF-8
 
 # Bytes of the longest inputs: longer ones are more of the same.
@@ -54,7 +54,7 @@ run() {
   input=$(sed -n 's/^.*Test unit written to //p' "$log" | tail -n 1)
   echo "$subject: a promise is broken; the log is $log" >&2
   grep -E 'does not hold|ERROR:|runtime error|SUMMARY' "$log" | head -n 5 >&2 || true
-  [ -z "$input" ] || echo "Replay: LSAN_OPTIONS=suppressions=tests/lsan.supp $program $input" >&2
+  [ -z "$input" ] || echo "Replay: LSAN_OPTIONS=suppressions=fuzz/lsan.supp $program $input" >&2
   return 1
 }
 
