@@ -293,11 +293,11 @@ void RecordingTest::aMissingFileIsToldWithItsReason()
 void RecordingTest::aFileThatIsTooLargeIsToldWithItsSizeAndTheLimit()
 {
     const QString file = m_files.write(QStringLiteral("large.csv"), header + bearing);
-    QVERIFY(QFile::resize(file, 67108865));
+    QVERIFY(QFile::resize(file, 268435457));
     const Loaded<Recording> loaded = loadRecording(file);
     QVERIFY(!loaded);
     QCOMPARE(loaded.errors,
-             QStringList{file + QStringLiteral(": cannot be read: it is too large: 67108865 bytes, at most 67108864 "
+             QStringList{file + QStringLiteral(": cannot be read: it is too large: 268435457 bytes, at most 268435456 "
                                                "are allowed")});
 }
 
