@@ -102,10 +102,9 @@ OrErrors<std::unique_ptr<DfSource>> openRecording(const Options& options, Pacing
         return recording.errors;
     const auto available = static_cast<int>(recording.value->shots.size());
     if (options.shots.value_or(0) > available) {
-        return QStringList(tr("%1: %2 shots are wanted (--shots), but the recording has %3.")
-                               .arg(options.recordingFile)
-                               .arg(*options.shots)
-                               .arg(available));
+        return QStringList(
+            tr("%1: %2 shots are wanted (--shots), but the recording has %3.")
+                .arg(options.recordingFile, QString::number(*options.shots), QString::number(available)));
     }
     return std::make_unique<RecordedNetwork>(*std::move(recording.value), options.recordedDefaults, pacing);
 }
@@ -216,7 +215,7 @@ void Run::showTraces()
     handler->SetTraceSink([this](const TraceRecord& record) {
         m_window.traceView()->append(record);
         if (m_options.trace)
-            printError(QStringLiteral("%1:%2: %3").arg(record.sourceFile).arg(record.line).arg(record.text));
+            printError(QStringLiteral("%1:%2: %3").arg(record.sourceFile, QString::number(record.line), record.text));
     });
 }
 

@@ -21,8 +21,10 @@ QString tr(const char* text)
 
 QString ComponentError::text() const
 {
-    const auto sentence = [this](const char* reason) { return tr("%1: %2").arg(file, tr(reason)); };
-    const auto sentenceWithDetail = [&](const char* reason) { return sentence(reason).arg(detail); };
+    // Concatenated: a file's name may hold what looks like a place marker.
+    const QString place = file + QStringLiteral(": ");
+    const auto sentence = [&place](const char* reason) { return place + tr(reason); };
+    const auto sentenceWithDetail = [&](const char* reason) { return place + tr(reason).arg(detail); };
     switch (kind) {
     case Kind::FileMissing:
         return sentence("there is no such component library.");

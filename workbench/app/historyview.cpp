@@ -1,5 +1,7 @@
 #include "app/historyview.h"
 
+#include "app/displaytext.h"
+
 #include <QCheckBox>
 #include <QDateTimeEdit>
 #include <QDoubleSpinBox>
@@ -173,7 +175,7 @@ void HistoryView::showState()
     m_state->setText(trouble.isEmpty() ? tr("%1: results stored since the start: %2")
                                              .arg(m_history->file(), QString::number(m_history->storedCount()))
                                        : trouble);
-    m_fields->setToolTip(isUsable ? QString() : trouble);
+    m_fields->setToolTip(isUsable ? QString() : asToolTip(trouble));
 }
 
 } // namespace workbench

@@ -16,6 +16,7 @@
 
 #include "devicecontrol/guicentral.h"
 #include "valuewidgets/undorecordingcontrolbase.h"
+#include "ztbase/brix/texts.h"
 
 #include <QActionGroup>
 #include <QApplication>
@@ -305,7 +306,8 @@ void MainWindow::addDeviceMenu(DfDriver& driver)
     auto* const devices = new QActionGroup(menu);
     int index = 0;
     for (const DfDevice& device : driver.source().devices()) {
-        QString name = device.name;
+        constexpr int longest = 60; // characters
+        QString name = Brix::OneLine(device.name, longest);
         name.replace(QLatin1Char('&'), QLatin1String("&&"));
         QAction* const action = menu->addAction(QStringLiteral("&%1 %2").arg(index + 1).arg(name));
         action->setCheckable(true);
@@ -386,7 +388,7 @@ void MainWindow::showHistoryState(const ResultHistory& history)
 {
     const QString trouble = history.trouble();
     m_historyState->setText(trouble.isEmpty() ? tr("Stored: %1").arg(history.storedCount()) : tr("Not stored"));
-    m_historyState->setToolTip(trouble.isEmpty() ? history.file() : trouble);
+    m_historyState->setToolTip(asToolTip(trouble.isEmpty() ? history.file() : trouble));
 }
 
 void MainWindow::addInputModeMenu(Session& session)

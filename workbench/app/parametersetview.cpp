@@ -32,6 +32,7 @@ ParameterSetView::ParameterSetView(GuiComponentCommon& common, const QString& co
     , m_files(new FileWork(this))
 {
     setObjectName(QStringLiteral("ParameterSetView"));
+    makeFields();
     layOut();
     connectCommon();
     refreshNames();
@@ -39,7 +40,7 @@ ParameterSetView::ParameterSetView(GuiComponentCommon& common, const QString& co
     setModified(false);
 }
 
-void ParameterSetView::layOut()
+void ParameterSetView::makeFields()
 {
     m_list = new QListWidget;
     m_list->setObjectName(QStringLiteral("ParameterSetNames"));
@@ -55,8 +56,6 @@ void ParameterSetView::layOut()
 
     m_nameEdit = new QLineEdit;
     m_nameEdit->setObjectName(QStringLiteral("ParameterSetName"));
-    auto* const nameLabel = new QLabel(tr("Na&me:"));
-    nameLabel->setBuddy(m_nameEdit);
     m_stateText = new QLabel;
     m_stateText->setObjectName(QStringLiteral("ParameterSetState"));
     m_stateText->setWordWrap(true);
@@ -66,7 +65,12 @@ void ParameterSetView::layOut()
     m_text->setReadOnly(true);
     m_text->setTabChangesFocus(true);
     m_text->setLineWrapMode(QPlainTextEdit::NoWrap);
+}
 
+void ParameterSetView::layOut()
+{
+    auto* const nameLabel = new QLabel(tr("Na&me:"));
+    nameLabel->setBuddy(m_nameEdit);
     auto* const layout = new QGridLayout(this);
     const auto addButton = [&](const QString& text, const char* name, const QString& toolTip, int row, int column,
                                void (ParameterSetView::*act)()) {
@@ -304,6 +308,7 @@ void ParameterSetView::ask(const QString& question, const QString& button,
                            void (ParameterSetView::*act)(const QString&), const QString& name)
 {
     auto* const box = new QMessageBox(QMessageBox::Question, tr("Parameter sets"), question, QMessageBox::Cancel, this);
+    box->setTextFormat(Qt::PlainText); // the names of files are in it
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setDefaultButton(QMessageBox::Cancel);
     const QAbstractButton* const yes = box->addButton(button, QMessageBox::AcceptRole);

@@ -42,6 +42,7 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    void makeFields();
     void layOut();
     void connectCommon();
     void refreshNames();

@@ -147,8 +147,7 @@ void ResultHistory::answer(quint64 number, const HistoryFix& fix)
     const QPointer<ResultHistory> alive(this);
     if (!fix.isComplete) {
         tellOnce(tr("%1: more than %2 results are chosen; the position is computed from the newest of them.")
-                     .arg(m_file)
-                     .arg(m_limit));
+                     .arg(m_file, QString::number(m_limit)));
     }
     emit stateChanged();
     if (alive)

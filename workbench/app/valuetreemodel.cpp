@@ -359,8 +359,9 @@ bool ValueTreeModel::setData(const QModelIndex& index, const QVariant& newValue,
     const QString text = role == Qt::CheckStateRole
                              ? (newValue.toInt() == Qt::Checked ? QStringLiteral("true") : QStringLiteral("false"))
                              : newValue.toString();
-    const QString reason = isKey ? tr("%1 has no item with the key %2.").arg(value->GetPathName()).arg(newValue.toInt())
-                                 : refusal(*value, text);
+    const QString reason =
+        isKey ? tr("%1 has no item with the key %2.").arg(value->GetPathName(), QString::number(newValue.toInt()))
+              : refusal(*value, text);
     const bool done = isKey ? selection->Select(newValue.toInt(), nullptr) : value->SetStringValue(text, nullptr);
     if (!done)
         emit editRefused(reason);

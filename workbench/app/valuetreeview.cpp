@@ -1,5 +1,6 @@
 #include "app/valuetreeview.h"
 
+#include "app/displaytext.h"
 #include "app/valuetreemodel.h"
 
 #include "valueframework/valuebase.h"
@@ -57,7 +58,7 @@ QWidget* ValueDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem
     const QStringList names = index.data(ValueTreeModel::ItemNamesRole).toStringList();
     const QVariantList keys = index.data(ValueTreeModel::ItemKeysRole).toList();
     for (int i = 0; i < names.size(); ++i)
-        items->addItem(names[i], keys[i]);
+        items->addItem(beginningOf(names[i]), keys[i]);
     // The choice is the edit; no further key stroke is needed.
     connect(items, QOverload<int>::of(&QComboBox::activated), this, [this, items] {
         auto* const self = const_cast<ValueDelegate*>(this);

@@ -72,6 +72,7 @@ private slots:
     void aWrongLibraryIsRefusedWithFileAndReason_data();
     void aWrongLibraryIsRefusedWithFileAndReason();
     void aFileThatIsNoLibraryIsRefused();
+    void placeMarkersInTheNameOfAFileAreNotFilled();
     void aFolderIsNoLibrary();
     void aLibraryThatEverybodyCanExchangeIsRefused_data();
     void aLibraryThatEverybodyCanExchangeIsRefused();
@@ -129,6 +130,14 @@ void TestComponentLibrary::aFileThatIsNoLibraryIsRefused()
     QCOMPARE(error->kind, Kind::NotALibrary);
     QVERIFY(!error->detail.isEmpty());
     QCOMPARE(error->text(), path + ": the file cannot be loaded as a component library: " + error->detail);
+}
+
+void TestComponentLibrary::placeMarkersInTheNameOfAFileAreNotFilled()
+{
+    const ComponentError error{Kind::CreateThrew, QStringLiteral("/%1/%2.so"), QStringLiteral("an exception (%1)")};
+    QCOMPARE(error.text(),
+             QStringLiteral("/%1/%2.so: the component could not be created: ZTCreate let an exception (%1) "
+                            "out."));
 }
 
 void TestComponentLibrary::aFolderIsNoLibrary()

@@ -1,9 +1,11 @@
 #include "app/displaytext.h"
 #include "app/mainwindow.h"
+#include "app/resulthistory.h"
 #include "app/session.h"
 #include "app/shotreport.h"
 #include "app/tracemodel.h"
 #include "app/valuetreemodel.h"
+#include "app/valuetreeview.h"
 #include "drivers/dfsource.h"
 #include "map/mapformats.h"
 #include "map/mapitems.h"
@@ -12,16 +14,21 @@
 #include "support/hostiletexts.h"
 #include "support/testmain.h"
 
+#include <QAction>
+#include <QComboBox>
+#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLabel>
 #include <QPainter>
 #include <QStatusBar>
+#include <QTemporaryDir>
 #include <QTextDocument>
 #include <QUndoStack>
 
 #include "valueframework/valueclasses/value.h"
+#include "valueframework/valueclasses/valueselection.h"
 #include "valuewidgets/undorecordingcontrolbase.h"
 
 #include <algorithm>
@@ -44,20 +51,23 @@ bool obeysNothing(const QString& line)
 class NamedSource final : public DfSource
 {
 public:
-    explicit NamedSource(QString name)
+    explicit NamedSource(QString name, std::vector<DfDevice> devices = {standardDevice()})
         : m_name(std::move(name))
+        , m_devices(std::move(devices))
     {
     }
     [[nodiscard]] QString name() const override { return m_name; }
     [[nodiscard]] std::vector<StationInfo> stations() const override { return {}; }
     [[nodiscard]] std::vector<StationInfo> hriStations() const override { return {}; }
     [[nodiscard]] std::optional<double> initialFrequency() const override { return std::nullopt; }
+    [[nodiscard]] std::vector<DfDevice> devices() const override { return m_devices; }
     [[nodiscard]] std::optional<int> measurementsLeft() const override { return std::nullopt; }
     void measure(const DfRequest& /*request*/) override {}
     void cancel() override {}
 
 private:
     QString m_name;
+    std::vector<DfDevice> m_devices;
 };
 
 } // namespace
@@ -84,6 +94,7 @@ private slots:
 
     void theValueTreeShowsTheBeginningAndEditsTheWhole();
     void theValueTreeTakesNoNameForMarkup();
+    void theValueTreeOffersTheBeginningsOfItems();
     void tracesAreShownShortAndCopiedWhole();
     void traceToolTipsAreNoMarkup();
 
@@ -92,6 +103,8 @@ private slots:
 
     void theWindowTakesNoDriverForMarkup();
     void theWindowTakesNoMessageForMarkup();
+    void theMenuOfDevicesHasShortLines();
+    void theHistoryTakesNoFileForMarkup();
     void theWindowKeepsABoundedNumberOfEdits();
 
 private:
@@ -241,6 +254,25 @@ void TestHostileTextsWorkbench::theValueTreeTakesNoNameForMarkup()
     }
 }
 
+void TestHostileTextsWorkbench::theValueTreeOffersTheBeginningsOfItems()
+{
+    FreshTree tree;
+    auto* const selection = tree.add<values::ValueSelection>(QStringLiteral("/Stations"));
+    selection->AddItem(QStringLiteral("North"), 0.0, 1);
+    selection->AddItem(testsupport::hugeText(), 0.0, 2);
+    ValueTreeModel model;
+    const QModelIndex index = model.indexOf(QStringLiteral("/Stations"), ValueTreeModel::ValueColumn);
+    const ValueDelegate delegate;
+    QWidget parent;
+    auto* const items = qobject_cast<QComboBox*>(delegate.createEditor(&parent, {}, index));
+    QVERIFY(items != nullptr);
+    QCOMPARE(items->itemText(0), QStringLiteral("North"));
+    QCOMPARE(items->itemText(1), beginningOf(testsupport::hugeText()));
+    items->setCurrentIndex(1);
+    delegate.setModelData(items, &model, index);
+    QCOMPARE(selection->GetCurrentItem()->GetName(), testsupport::hugeText());
+}
+
 void TestHostileTextsWorkbench::tracesAreShownShortAndCopiedWhole()
 {
     const QString text = testsupport::hugeText();
@@ -296,6 +328,54 @@ void TestHostileTextsWorkbench::theWindowTakesNoMessageForMarkup()
     window.showMessage(testsupport::hugeText());
     QVERIFY(window.statusBar()->currentMessage().size() < 1000);
     QVERIFY(window.statusBar()->toolTip().size() < 1000);
+}
+
+void TestHostileTextsWorkbench::theMenuOfDevicesHasShortLines()
+{
+    FreshTree tree;
+    DfDevice first = standardDevice();
+    first.name = QStringLiteral("R&S\nfirst");
+    DfDevice second = standardDevice();
+    second.name = testsupport::hugeText();
+    Session session(std::make_unique<NamedSource>(QStringLiteral("Network"), std::vector<DfDevice>{first, second}));
+    MainWindow window;
+    window.follow(session);
+    QStringList texts;
+    for (const QAction* const action : window.findChildren<QAction*>()) {
+        if (action->isCheckable() &&
+            (action->text().startsWith(QLatin1String("&1 ")) || action->text().startsWith(QLatin1String("&2 "))))
+            texts += action->text();
+    }
+    QCOMPARE(texts, (QStringList{QStringLiteral("&1 R&&S first"),
+                                 QStringLiteral("&2 ") + QString(59, QLatin1Char('N')) + QChar(0x2026)}));
+}
+
+void TestHostileTextsWorkbench::theHistoryTakesNoFileForMarkup()
+{
+    FreshTree tree;
+    const QTemporaryDir folder;
+    const QString name = QStringLiteral("<b>");
+    QVERIFY(QDir(folder.path()).mkdir(name));
+    ResultHistory history(folder.filePath(name)); // a folder is no store
+    Session session(std::make_unique<NamedSource>(QStringLiteral("Network")));
+    MainWindow window;
+    window.follow(session);
+    window.offerHistory(history);
+    const auto toolTips = [&window, &name] {
+        QStringList texts;
+        for (const QWidget* const widget : window.findChildren<QWidget*>()) {
+            const QString text = widget->toolTip();
+            if (text.contains(name) || text.contains(name.toHtmlEscaped()))
+                texts += text;
+        }
+        return texts;
+    };
+    QCOMPARE(toolTips().size(), 1);
+    QVERIFY2(!toolTips()[0].contains(name), qPrintable(toolTips()[0]));
+    QTRY_VERIFY(!history.isUsable());
+    QVERIFY(toolTips().size() >= 3); // the summary, the view's fields and the message
+    for (const QString& text : toolTips())
+        QVERIFY2(!text.contains(name), qPrintable(text));
 }
 
 void TestHostileTextsWorkbench::theWindowKeepsABoundedNumberOfEdits()

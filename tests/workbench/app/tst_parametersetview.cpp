@@ -273,6 +273,15 @@ private slots:
         QCOMPARE(store().Load("a").xml, std::optional(reported));
     }
 
+    void aQuestionTakesNoNameForMarkup()
+    {
+        QCOMPARE(store().Save("<b>a", kept), QString());
+        open();
+        press("DeleteParameterSet");
+        QCOMPARE(m_view->findChild<QMessageBox*>()->textFormat(), Qt::PlainText);
+        QCOMPARE(answer("Cancel"), QStringLiteral("Delete the parameter set \"<b>a\"?"));
+    }
+
     void renamingTakesTheNameInTheField()
     {
         QCOMPARE(store().Save("a", kept), QString());

@@ -390,7 +390,8 @@ private slots:
 
     void moreResultsThanALocateTakesAreToldOnce()
     {
-        ObservedHistory observed(path(), 2);
+        const QString file = inFolder(QStringLiteral("%1.sqlite"));
+        ObservedHistory observed(file, 2);
         for (const int second : {0, 10, 20})
             observed.history.keep(crossing(second));
         for (std::size_t count = 1; count <= 2; ++count) {
@@ -401,8 +402,8 @@ private slots:
         }
         QTRY_COMPARE(
             observed.said,
-            QStringList{path() + QStringLiteral(": more than 2 results are chosen; the position is computed from "
-                                                "the newest of them.")});
+            QStringList{file + QStringLiteral(": more than 2 results are chosen; the position is computed from "
+                                              "the newest of them.")});
     }
 
     // The thread of the test holds the lock: whoever waited for the file on it would never get it.

@@ -378,6 +378,7 @@ void TestValueTreeModel::aRefusedEditSaysWhy_data()
                                          << "/quality takes a number from 0 to 99.5, not \"-1\".";
     QTest::newRow("selection") << "/x" << QVariant("third") << "/x has no item \"third\".";
     QTest::newRow("selection by key") << "/x" << QVariant(7) << "/x has no item with the key 7.";
+    QTest::newRow("place markers") << "/%1 %2" << QVariant(7) << "/%1 %2 has no item with the key 7.";
 }
 
 void TestValueTreeModel::aRefusedEditSaysWhy()
@@ -392,6 +393,7 @@ void TestValueTreeModel::aRefusedEditSaysWhy()
     tree.add<values::DoubleValue>("/d");
     tree.add<values::DoubleValue>("/quality")->SetMinMax(0.0, 99.5, 1.0, nullptr);
     tree.add<values::ValueSelection>("/x")->AddItems({"first", "second"});
+    tree.add<values::ValueSelection>("/%1 %2");
     ValueTreeModel model;
     QSignalSpy refused(&model, &ValueTreeModel::editRefused);
     const QString before = values::Tree::Instance()->FindValue(path)->GetStringValue();
