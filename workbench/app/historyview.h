@@ -24,6 +24,7 @@ public:
     /// @p history may end before the view.
     explicit HistoryView(ResultHistory& history, QWidget* parent = nullptr);
 
+    /// Shows time and frequency of @p result in what is not chosen.
     void follow(const DfResult& result);
 
 private:

@@ -38,6 +38,7 @@ public:
 signals:
     /// The component has been told of all values of @p result.
     void resultShown(const workbench::DfResult& result);
+    /// All that was to be measured is shown.
     void finished();
     /// @p reason is a full sentence.
     void failed(const QString& reason);

@@ -62,14 +62,12 @@ void addOptions(QCommandLineParser& parser)
     add(recordingName, "Play the bearings recorded in FILE.", "FILE");
     add(componentName, "Load the component library LIB (default: the one that comes with the program).", "LIB");
     add(allowUnsafeFolderName, "Load the component library even when it, its folder or a folder above is writable by "
-                               "everybody, so that anybody "
-                               "could have put other code there.");
+                               "everybody, so that anybody could have put other code there.");
     add(offlineName, "Work without a driver; the component creates its settings itself.");
     add(seedName, "Seed of the simulation (default: 1). The same seed gives the same results.", "N");
     add(traceName, "Switch the components' traces on and print them to the standard error stream.");
     add(screenshotName,
-        "Save a picture of the main window to FILE when it is set up and the measurements are made, then "
-        "end.",
+        "Save a picture of the main window to FILE when it is set up and the measurements are made, then end.",
         "FILE.png");
     add(jsonName, "With --headless: print the results as one JSON document.");
     add(recordName, "Record the results in FILE.", "FILE");
@@ -84,8 +82,7 @@ void addOptions(QCommandLineParser& parser)
         "DIR");
     add(historyName,
         "Store the results in FILE, and compute positions from it with locate type \"History\" (default with a window: "
-        "a "
-        "file in the folder for the program's data; without: none).",
+        "a file in the folder for the program's data; without: none).",
         "FILE");
     add(historyFromName, "Compute positions from results stored for this UTC time or later.", "TIME");
     add(historyToName, "Compute positions from results stored for this UTC time or earlier.", "TIME");

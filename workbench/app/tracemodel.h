@@ -29,10 +29,11 @@ public:
 
     /// Adds a trace as the last one; while paused it is kept back.
     void append(const TraceRecord& record, const QDateTime& time);
+    /// Forgets all traces, those that are held back too.
     void clear();
     /// While paused nothing moves; the traces that came meanwhile appear at the end of the pause.
     void setPaused(bool paused);
-    [[nodiscard]] bool isPaused() const { return m_paused; }
+    /// How many traces have come during the pause.
     [[nodiscard]] int heldBackCount() const { return static_cast<int>(m_heldBack.size()); }
 
     /// The rows as lines of text with tabulators between the columns.

@@ -16,6 +16,7 @@ struct ListItem
     double number;
 };
 
+/// All choices of a list.
 struct ItemList
 {
     const ListItem* items = nullptr;

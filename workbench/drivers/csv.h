@@ -22,6 +22,7 @@ struct Flaw
     QString what;
 };
 
+/// What a text holds, in its order.
 struct Table
 {
     std::vector<Record> records;

@@ -38,12 +38,11 @@ class LocateHistory;
 ///
 /// **Settings.** The latest word counts: at first the Config values, then whichever comes last of
 /// - a settings text set in "DFLOCATE/ToDriver", also when it is the same text as before. It speaks for all settings
-/// that
-///   it names, and for both thresholds;
+///   that it names, and for both thresholds;
 /// - a change of a Config value, for this setting. A threshold is in use while its value is in the ordinary state; a
 ///   change of its content in another state says nothing;
 /// - a selection in one of the device lists "DeviceDfBandwidth", "DeviceDfAveraging" and "DeviceDfMode", for this
-/// setting.
+///   setting.
 ///
 /// So a component with a settings panel, which turns every change into a text, and one without are served alike. Each
 /// word is corrected to what the device can do (DfDevice::corrected()) and counts from then on, at once. From the event
@@ -62,9 +61,10 @@ public:
     /// Deletes the values it created; a "DfDeviceReady" of somebody else becomes false.
     ~DfDriver() override;
 
+    /// The one it was made with.
     [[nodiscard]] DfSource& source() const;
     [[nodiscard]] bool isRunning() const; ///< a measurement is under way or cyclic measuring is on
-    [[nodiscard]] bool isCyclic() const;
+    [[nodiscard]] bool isCyclic() const;  ///< measures again and again until it is stopped
 
     /// What the next measurement is made with.
     [[nodiscard]] const DfSettings& settings() const;

@@ -16,7 +16,7 @@ class DfSource : public QObject
 public:
     /// What the source is, for people: "Simulation <name>", "Recording <file name>".
     [[nodiscard]] virtual QString name() const = 0;
-    [[nodiscard]] virtual std::vector<StationInfo> stations() const = 0;
+    [[nodiscard]] virtual std::vector<StationInfo> stations() const = 0; ///< as they are now
     /// The stations of the remote service; often none.
     [[nodiscard]] virtual std::vector<StationInfo> hriStations() const = 0;
     /// The devices that the network can be equipped with; at least one. The first is in use at first.
@@ -29,10 +29,10 @@ public:
     /// Starts a measurement. Answered later, from the event loop, by exactly one measured() or failed(), unless
     /// cancel() or a further measure() comes first, which drop it.
     virtual void measure(const DfRequest& request) = 0;
-    virtual void cancel() = 0;
+    virtual void cancel() = 0; ///< without a measurement under way nothing happens
 
 signals:
-    void measured(const workbench::DfResult& result);
+    void measured(const workbench::DfResult& result); ///< every station has answered or failed to
     /// There is no result and there will be none; @p reason is a sentence for people.
     void failed(const QString& reason);
 };

@@ -17,10 +17,10 @@ public:
     /// (percent). Answered later, from the event loop, by exactly one located(), unless cancel() or a further locate()
     /// comes first, which drop it.
     virtual void locate(const DfResult& latest, int qualityThreshold) = 0;
-    virtual void cancel() = 0;
+    virtual void cancel() = 0; ///< without a locate() under way nothing happens
 
 signals:
-    void located(const workbench::HistoryFix& fix);
+    void located(const workbench::HistoryFix& fix); ///< the answer: a fix, or why there is none
     /// isUsable() says something else now.
     void usableChanged();
 };

@@ -27,6 +27,7 @@ struct ResultQuery
     int limit = 10000; ///< how many results the answer may have
 };
 
+/// What a query finds.
 struct ResultAnswer
 {
     /// Ordered by their time; results of the same time in the order in which they were stored.

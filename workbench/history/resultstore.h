@@ -60,8 +60,9 @@ signals:
     /// new reason, not for each attempt. A file that cannot be opened for another reason than a lock is not tried
     /// again: results that wait for it are lost, and store() refuses all others.
     void failed(const QString& reason);
+    /// The answer to a query.
     void answered(quint64 request, const workbench::ResultAnswer& answer);
-    /// @p reason is a sentence with file and reason.
+    /// There is none and there will be none; @p reason is a sentence with file and reason.
     void queryFailed(quint64 request, const QString& reason);
 
 private:

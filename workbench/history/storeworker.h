@@ -26,7 +26,9 @@ public:
 
     /// Opens the file if it is not open yet, and stores what waits; tries again later by itself when that fails.
     void work();
+    /// Has @p result wait behind those that do, and works, unless a failure lasts.
     void store(const DfResult& result);
+    /// Answers by answered() or queryFailed(), or not at all when @p isCancelled is set by then.
     void find(quint64 request, const ResultQuery& query, const Flag& isCancelled);
     /// Stores what waits, if that is possible now, closes the file, and ends the thread.
     void finish();

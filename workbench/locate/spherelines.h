@@ -8,6 +8,7 @@
 
 namespace workbench::locate {
 
+/// In the axes of the Earth: z towards the north pole, x towards longitude 0 on the equator.
 struct Vector
 {
     double x = 0.0;
@@ -54,6 +55,7 @@ public:
     /// elsewhere. Ends early like chiSquare().
     [[nodiscard]] double chiSquareAtStation(std::size_t line, double most) const;
 
+    /// What one step of Gauss and Newton from @p position solves.
     [[nodiscard]] NormalEquations equations(const Vector& position) const;
     [[nodiscard]] static Vector moved(const Vector& position, const Step& step);
     /// The step that leads from one position to another one nearby.

@@ -24,6 +24,7 @@ struct GraticuleLine
 [[nodiscard]] std::vector<GraticuleLine> graticule(const MapProjection& projection, const QRectF& area,
                                                    double metresPerPixel);
 
+/// A length on the map and what is written on it.
 struct ScaleBar
 {
     double length = 0.0; ///< m

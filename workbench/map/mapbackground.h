@@ -42,8 +42,8 @@ signals:
     void progressed(int percent);
     /// The file that was opened is shown, or why it is not: a sentence for people. Not for a file that was given up.
     void finished(bool isShown, const QString& text);
-    void shownChanged(bool isShown);
-    void settled();
+    void shownChanged(bool isShown); ///< there is a background now, or none any more
+    void settled();                  ///< isSettled() has become true
 
 private:
     struct Task;
