@@ -182,7 +182,7 @@ const Operations::Entry Operations::entries[] = {
     {"open the details", 4, Place::InBox, false, &Operations::openDetails},
     {"close the details", 4, Place::InBox, false, &Operations::closeDetails},
     {"hot key", 10, Place::InBox, false, &Operations::hotKey},
-    {"undo or redo", 30, Place::InBox, false, &Operations::undoOrRedo},
+    {"undo or redo", 30, Place::Top, false, &Operations::undoOrRedo}, // a box keeps the menu of the window away
     {"hand in a parameter set", 8, Place::InNotification, false, &Operations::parameterSet},
     {"request the parameters", 4, Place::InNotification, false, &Operations::requestParameters},
     {"change the properties", 4, Place::InNotification, false, &Operations::changeProperties},
