@@ -11,6 +11,7 @@
 #include "valueframework/valueclasses/valueobservermacros.h"
 #include "ztbase/errorhandler.h"
 
+#include <QElapsedTimer>
 #include <QPointer>
 #include <QTimer>
 
@@ -187,7 +188,8 @@ private:
     std::unique_ptr<DfSource> m_source;
     QPointer<LocateHistory> m_history;
     std::optional<DfResult> m_toLocate; // while the history looks for its fix
-    QTimer m_frame;                     // runs for a frame from the begin of writing a result
+    QElapsedTimer m_frameClock;         // frames follow one another from its start on
+    QTimer m_frame;                     // runs from the begin of writing a result to the end of the frame
     std::optional<DfResult> m_pending;
     bool m_isMeasuring = false;
     bool m_isCyclic = false;
@@ -235,6 +237,7 @@ DfDriver::Private::Private(DfDriver* driver, std::unique_ptr<DfSource> source, c
     , m_source(std::move(source))
     , m_devices(m_source->devices())
 {
+    m_frameClock.start();
     m_frame.setSingleShot(true);
     m_frame.setTimerType(Qt::PreciseTimer);
     QObject::connect(&m_frame, &QTimer::timeout, m_driver, [this] { publishPending(); });
@@ -662,7 +665,7 @@ void DfDriver::Private::publish(const DfResult& result, const LocateResult& loca
     m_publishedFix = located;
     m_publishedHistory = history;
     const auto* const fix = std::get_if<Fix>(&located);
-    m_frame.start(frameMs); // writing is a part of the frame
+    m_frame.start(static_cast<int>(frameMs - m_frameClock.elapsed() % frameMs)); // writing is a part of it
     // Before the result: whoever is told of that looks here for where its position is from.
     writeHriRunning(history.has_value());
     if (!alive ||

@@ -9,6 +9,8 @@ using namespace workbench;
 
 namespace {
 
+constexpr int frameMs = 16; // the driver writes one result in that time
+
 const QString hriStatus = QStringLiteral("/DRV/DRIVER/DFLOCATE/LocateHRIStatus");
 
 QStringList itemTexts(const ValueSelection* selection)
@@ -160,6 +162,8 @@ private slots:
     void resultsFasterThanAFrameAreCoalescedToTheLatest();
     void immediateMeasurementsAreAllPublished();
     void aResultInsideAnotherOneWaitsForItsTurn();
+    void aResultInsideAnotherOneThatLastsLongerThanAFrameIsNotLost();
+    void writingAResultIsAPartOfItsFrame();
 
     void valuesMayVanishWhileTheDriverRuns();
     void theDriverMayBeDeletedInAnyOfItsNotifications_data();
@@ -1045,6 +1049,48 @@ void DfDriverTest::aResultInsideAnotherOneWaitsForItsTurn()
     QTRY_COMPARE(published.count(), 2);
     QVERIFY(resultValue<StringValue>("ResultTime")->GetValue().endsWith(QStringLiteral(":02")));
     QVERIFY(!bench.driver->isRunning());
+    resultValue<ValueSelection>("Quality")->RemoveObserver(&observer);
+}
+
+void DfDriverTest::aResultInsideAnotherOneThatLastsLongerThanAFrameIsNotLost()
+{
+    Bench bench;
+    bool isNested = false;
+    testsupport::RecordingObserver observer([&](Observable*, TChangeCode code) {
+        if (code != ChangeContent || isNested)
+            return;
+        isNested = true;
+        bench.command(9);
+        bench.answer(someResult(2));
+        QEventLoop box; // the frame has begun earlier, and ends in here
+        QTimer::singleShot(2 * frameMs, &box, &QEventLoop::quit);
+        box.exec();
+    });
+    QSignalSpy published(bench.driver.get(), &DfDriver::resultPublished);
+    resultValue<ValueSelection>("Quality")->AddObserver(&observer);
+    bench.command(9);
+    bench.answer(someResult(1));
+    QCOMPARE(published.count(), 1);
+    QTRY_COMPARE(published.count(), 2);
+    QVERIFY(resultValue<StringValue>("ResultTime")->GetValue().endsWith(QStringLiteral(":02")));
+    resultValue<ValueSelection>("Quality")->RemoveObserver(&observer);
+}
+
+void DfDriverTest::writingAResultIsAPartOfItsFrame()
+{
+    Bench bench;
+    testsupport::RecordingObserver observer([&](Observable*, TChangeCode code) {
+        if (code == ChangeContent)
+            QThread::msleep(2 * frameMs); // shows the result
+    });
+    QSignalSpy published(bench.driver.get(), &DfDriver::resultPublished);
+    resultValue<ValueSelection>("Quality")->AddObserver(&observer);
+    bench.command(10);
+    bench.answer(someResult(1));
+    bench.answer(someResult(2));
+    QCOMPARE(published.count(), 1);
+    QCoreApplication::processEvents();
+    QCOMPARE(published.count(), 2);
     resultValue<ValueSelection>("Quality")->RemoveObserver(&observer);
 }
 
