@@ -105,7 +105,10 @@ void MapCanvas::follow()
     constexpr double muchTooWide = 3.0;
     const bool isSmall =
         visible.width() > muchTooWide * needed.width() && visible.height() > muchTooWide * needed.height();
-    if (isSmall || !visible.contains(needed))
+    // About half of the margin may be used up first.
+    constexpr double share = 0.05;
+    const double slack = share * std::max(needed.width(), needed.height());
+    if (isSmall || !visible.contains(needed.adjusted(slack, slack, -slack, -slack)))
         show(needed);
 }
 

@@ -150,6 +150,12 @@ void BearingItem::setLatest(bool isLatest)
     setZValue(isLatest ? BearingLayer : EarlierLayer);
 }
 
+void BearingItem::setSmooth(bool isSmooth)
+{
+    m_isSmooth = isSmooth;
+    update();
+}
+
 void BearingItem::setLine(const QPolygonF& line)
 {
     m_line = line;
@@ -189,6 +195,7 @@ void BearingItem::paint(QPainter* painter, const QStyleOptionGraphicsItem* optio
     QVarLengthArray<QLineF, 16> pieces;
     for (int i = 1; i < m_line.size(); ++i)
         pieces.append({m_line[i - 1], m_line[i]});
+    painter->setRenderHint(QPainter::Antialiasing, m_isSmooth);
     painter->setPen(pen());
     painter->drawLines(pieces.constData(), pieces.size());
 }

@@ -126,6 +126,9 @@ public:
     /// Whether it is of the latest result.
     void setLatest(bool isLatest);
     [[nodiscard]] bool isLatest() const { return m_isLatest; }
+    /// Smooth edges cost several times as much. All lines are smooth at first.
+    void setSmooth(bool isSmooth);
+    [[nodiscard]] bool isSmooth() const { return m_isSmooth; }
 
     void setLine(const QPolygonF& line);
     [[nodiscard]] const QPolygonF& line() const { return m_line; }
@@ -144,6 +147,7 @@ private:
     int m_result;
     qint64 m_time;
     bool m_isLatest = true;
+    bool m_isSmooth = true;
     bool m_isMarked = false;
     QPolygonF m_line;
     QRectF m_bounds;

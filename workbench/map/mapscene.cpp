@@ -24,6 +24,8 @@ constexpr double longestLine = 5000e3;  // m
 constexpr double leastDataSize = 10e3;  // m; a lone station is shown with its surroundings
 constexpr double latestLeast = 0.45;    // opacity of a bearing that is old, but the latest
 constexpr double earlierMost = 0.6;     // opacity of a bearing that has just been replaced
+/// Earlier bearings are thin and pale, and nobody sees the edges of hundreds of them.
+constexpr std::size_t mostSmoothLines = 200;
 
 template <typename Item>
 void deleteAll(std::vector<Item*>& items)
@@ -170,8 +172,12 @@ void MapScene::placeBearings()
         item->setLatest(isLatest);
         m_bearings.push_back(item);
     };
-    for (const EarlierBearing& bearing : m_model.earlierBearings())
+    const std::vector<EarlierBearing>& earlier = m_model.earlierBearings();
+    for (const EarlierBearing& bearing : earlier)
         place(bearing, false);
+    const bool isSmooth = earlier.size() <= mostSmoothLines;
+    for (BearingItem* const item : m_bearings)
+        item->setSmooth(isSmooth);
     for (const MapStation& station : m_model.stations()) {
         if (station.hasLine())
             place({station.id, *station.position, *station.azimuth, m_model.resultNumber(), m_model.resultTime()},

@@ -93,14 +93,8 @@ private slots:
         m_view = std::make_unique<MapView>([this] { return m_now; }, nullptr);
         m_view->resize(800, 500);
         m_view->show();
-        std::vector<mapbench::Shot> shots;
-        const GeoPosition emitter{45.3, 6.1};
-        for (int i = 0; i < stations; ++i) {
-            const GeoPosition place{45.0 + 0.01 * (i % 20), 6.0 + 0.02 * (i / 20)};
-            shots.push_back({i + 1, place.latitude, place.longitude, geodesy::line(place, emitter).azimuth, 90.0});
-        }
         counts = {};
-        m_view->model()->addResult(mapbench::result(shots));
+        addResult({45.3, 6.1});
         paint();
     }
 
@@ -113,6 +107,15 @@ private slots:
         QVERIFY2(counts.geodesics >= 2 * stations + 72 && counts.geodesics <= 5 * stations + 72 + movesOfAFix,
                  qPrintable(QString::number(counts.geodesics)));
         QVERIFY(counts.places > counts.geodesics);
+    }
+
+    void theNextResultComputesItsOwnLinesOnly()
+    {
+        counts = {};
+        addResult({45.301, 6.1});
+        paint();
+        QVERIFY2(counts.geodesics >= 2 * stations + 72 && counts.geodesics <= 5 * stations + 72 + movesOfAFix,
+                 qPrintable(QString::number(counts.geodesics)));
     }
 
     void aFrameComputesNothing()
@@ -190,6 +193,16 @@ private:
     static constexpr int movesOfAFix = 20; // until it is where it fits best
 
     [[nodiscard]] MapCanvas* canvas() const { return m_view->canvas(); }
+    void addResult(const GeoPosition& emitter)
+    {
+        std::vector<mapbench::Shot> shots;
+        for (int i = 0; i < stations; ++i) {
+            const GeoPosition place{45.0 + 0.01 * (i % 20), 6.0 + 0.02 * (i / 20)};
+            shots.push_back({i + 1, place.latitude, place.longitude, geodesy::line(place, emitter).azimuth, 90.0});
+        }
+        m_view->model()->addResult(mapbench::result(shots));
+    }
+
     void paint() const { QVERIFY(!canvas()->viewport()->grab().isNull()); }
 
     qint64 m_now = 0;

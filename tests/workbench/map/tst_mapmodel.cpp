@@ -348,6 +348,43 @@ private slots:
         QVERIFY(!bench.model.station(2)->quality.has_value());
     }
 
+    void severalResultsAtOnceAreAsOneAfterTheOther()
+    {
+        std::vector<DfResult> results;
+        for (const double azimuth : {80.0, 79.0, 78.0}) {
+            auto shots = fourStations();
+            shots[0].azimuth = azimuth;
+            results.push_back(result(shots));
+        }
+        auto fifth = fourStations();
+        fifth.push_back({5, 50.6, 6.4, 160.0, 50.0});
+        results.insert(results.begin() + 1, result(fifth));
+
+        Bench each;
+        for (const DfResult& one : results)
+            each.model.addResult(one);
+        Bench together;
+        QSignalSpy moved(&together.model, &MapModel::stationsChanged);
+        QSignalSpy changed(&together.model, &MapModel::bearingsChanged);
+        together.model.addResults(results, std::nullopt);
+        QCOMPARE(moved.count(), 1);
+        QCOMPARE(changed.count(), 1);
+
+        QCOMPARE(together.model.fixText(), each.model.fixText());
+        QCOMPARE(together.model.rowCount(), 5);
+        QCOMPARE(together.model.station(5)->use, MapUse::NoBearing);
+        QCOMPARE(together.model.station(1)->azimuth, std::optional(78.0));
+        const auto earlier = [](const MapModel& model) {
+            QStringList lines;
+            for (const EarlierBearing& bearing : model.earlierBearings())
+                lines += QStringLiteral("%1 %2 %3").arg(bearing.result).arg(bearing.stationId).arg(bearing.azimuth);
+            return lines;
+        };
+        QCOMPARE(earlier(together.model), earlier(each.model));
+        QCOMPARE(together.model.earlierBearings().size(), std::size_t(4 + 5 + 4));
+        QCOMPARE(together.model.resultNumber(), 4);
+    }
+
     void bearingsFadeEvenlyAndAreLetGo()
     {
         Bench bench;

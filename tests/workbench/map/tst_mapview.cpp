@@ -226,6 +226,27 @@ private slots:
         QVERIFY(bench.bearing(1)->opacity() > 0.3);
     }
 
+    void onlyTheLatestOfVeryManyLinesAreSmooth()
+    {
+        Bench bench;
+        const auto countSmooth = [&bench](bool latest) {
+            const auto lines = bench.items<BearingItem>();
+            return std::count_if(lines.begin(), lines.end(), [latest](const BearingItem* item) {
+                return item->isLatest() == latest && item->isSmooth();
+            });
+        };
+        for (int i = 0; i < 51; ++i)
+            bench.model().addResult(result(fourStations()));
+        QCOMPARE(countSmooth(false), 200);
+        bench.model().addResult(result(fourStations()));
+        QCOMPARE(countSmooth(false), 0);
+        QCOMPARE(countSmooth(true), 4);
+        bench.now = MapModel::lifetime; // all have faded
+        bench.model().addResult(result(fourStations()));
+        bench.model().addResult(result(fourStations()));
+        QCOMPARE(countSmooth(false), 4);
+    }
+
     void linesFadeByThemselves()
     {
         Bench bench(fourStations());
@@ -483,6 +504,19 @@ private slots:
         shots[0].azimuth += 0.5;
         bench.model().addResult(result(shots));
         QCOMPARE(bench.canvas().viewportTransform(), before);
+    }
+
+    void theMapDoesNotFollowALittleGrowth()
+    {
+        Bench bench(fourStations());
+        const QTransform before = bench.canvas().viewportTransform();
+        auto shots = fourStations();
+        shots[2].longitude += 0.02;
+        bench.model().addResult(result(shots));
+        QCOMPARE(bench.canvas().viewportTransform(), before);
+        shots[2].longitude += 0.4;
+        bench.model().addResult(result(shots));
+        QVERIFY(bench.canvas().viewportTransform() != before);
     }
 
     void oneStationIsShownWithItsSurroundings()
@@ -757,6 +791,30 @@ private slots:
         for (int x = 1; x < picture.width(); ++x)
             lines += picture.pixelColor(x, picture.height() / 2 + 7) != ground;
         QVERIFY(lines > 0 && lines < picture.width() / 3);
+    }
+
+    void theScaleBarFollowsZoomFontAndSize()
+    {
+        Bench bench(fourStations());
+        const auto bar = [&bench] {
+            const QImage picture = bench.canvas().viewport()->grab().toImage();
+            return picture.copy(0, picture.height() - 40, 300, 40);
+        };
+        const QImage first = bar();
+        QCOMPARE(bar(), first);
+        bench.canvas().zoomIn();
+        const QImage zoomed = bar();
+        QVERIFY(zoomed != first);
+        QFont large = bench.canvas().font();
+        large.setPointSizeF(1.5 * large.pointSizeF());
+        bench.canvas().setFont(large);
+        QVERIFY(bar() != zoomed);
+
+        const QColor ground = bench.scene().colors().ground;
+        bench.view.resize(1000, 500);
+        QCoreApplication::processEvents();
+        const QImage lower = bench.canvas().viewport()->grab().toImage();
+        QVERIFY(lower.pixelColor(40, lower.height() - 12) != ground);
     }
 
     void theMapFollowsThePaletteOfTheDesktop()
