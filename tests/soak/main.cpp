@@ -3,6 +3,7 @@
 
 #include "app/application.h"
 #include "app/mainwindow.h"
+#include "app/resulthistory.h"
 #include "app/session.h"
 #include "valueframework/valueclasses/valueobservermacros.h"
 
@@ -11,6 +12,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QMetaEnum>
+#include <QTemporaryDir>
 #include <QToolBar>
 
 #include <algorithm>
@@ -207,13 +209,21 @@ public:
         : m_application(application)
         , m_minutes(minutes)
         , m_source(new SteadySource)
+        , m_history(m_folder.filePath(QStringLiteral("results.sqlite")), nullptr, workbench::ResultQuery().limit,
+                    storeLimits())
         , m_session(std::unique_ptr<workbench::DfSource>(m_source))
     {
+        // At once, lest they grow themselves.
+        m_samples.reserve(static_cast<std::size_t>(m_minutes * 60e3 / (2.0 * samplePeriod)) + 2 * samplesOfOneBottom);
     }
 
     int exec()
     {
         m_window.follow(m_session);
+        workbench::DfDriver& driver = *m_session.driver();
+        connect(&driver, &workbench::DfDriver::measured, &m_history, &workbench::ResultHistory::keep);
+        driver.setHistory(&m_history);
+        m_window.offerHistory(m_history);
         const auto error = m_session.start(
             QStringLiteral(COMPONENT), [this](QToolBar* toolBar, QWidget* panel) { m_window.place(toolBar, panel); });
         if (error) {
@@ -236,6 +246,14 @@ public:
     }
 
 private:
+    /// Reached while warming up: from then on results go as others come.
+    static workbench::HistoryLimits storeLimits()
+    {
+        workbench::HistoryLimits limits;
+        limits.maxResults = 500;
+        return limits;
+    }
+
     [[nodiscard]] double minutesNow() const { return static_cast<double>(m_time.elapsed()) / 60e3; }
     [[nodiscard]] double warmUpMinutes() const { return std::min(warmUpShare * m_minutes, longestWarmUp / 60.0); }
 
@@ -281,7 +299,7 @@ private:
             tree->DeleteValue(value->GetPathName());
     }
 
-    int report() const
+    int report()
     {
         // What is held for a moment only, such as a text on its way, stands on top of what is held for good.
         std::vector<std::pair<double, double>> bottoms;
@@ -321,6 +339,7 @@ private:
         judge(last.observers <= first.observers, "the number of observers grows.");
         judge(longestEvent <= limits.block, "an event has kept the GUI thread busy for too long.");
         judge(results >= limits.results, "there were too few results.");
+        judge(m_history.close(), "results are not stored.");
         return failures == 0 ? 0 : 1;
     }
 
@@ -352,8 +371,10 @@ private:
 
     MeasuredApplication& m_application;
     double m_minutes;
-    SteadySource* m_source;         // the session's
+    SteadySource* m_source; // the session's
+    QTemporaryDir m_folder;
     workbench::MainWindow m_window; // the session ends first
+    workbench::ResultHistory m_history;
     workbench::Session m_session;
     LatencyWatch* m_latency = nullptr;
     QElapsedTimer m_time;

@@ -6,10 +6,10 @@
 
 namespace workbench {
 
-ResultHistory::ResultHistory(const QString& file, QObject* parent, int limit)
+ResultHistory::ResultHistory(const QString& file, QObject* parent, int limit, const HistoryLimits& limits)
     : m_file(file)
     , m_limit(limit)
-    , m_store(file)
+    , m_store(file, limits)
 {
     setParent(parent);
     // One after the other: the latest is waited for, and those before it are dropped.

@@ -31,8 +31,9 @@ class ResultHistory final : public LocateHistory
 {
     Q_OBJECT
 public:
-    /// @p file as for a ResultStore. @p limit is how many results a position is computed from at most.
-    explicit ResultHistory(const QString& file, QObject* parent = nullptr, int limit = ResultQuery().limit);
+    /// @p file and @p limits as for a ResultStore. @p limit is how many results a position is computed from at most.
+    explicit ResultHistory(const QString& file, QObject* parent = nullptr, int limit = ResultQuery().limit,
+                           const HistoryLimits& limits = {});
     ~ResultHistory() override;
 
     [[nodiscard]] const QString& file() const { return m_file; }
