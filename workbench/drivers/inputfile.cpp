@@ -17,7 +17,7 @@ Loaded<QByteArray> readInput(const QString& fileName, qint64 largest)
         return refused(
             QStringLiteral("it is too large: %1 bytes, at most %2 are allowed").arg(file.size()).arg(largest));
 
-    constexpr qint64 block = 1024 * 1024; // bytes
+    constexpr qint64 block = 1048576; // bytes
     QByteArray bytes;
     for (QByteArray next = file.read(block); !next.isEmpty() && bytes.size() <= largest; next = file.read(block))
         bytes += next;
