@@ -69,7 +69,8 @@ private:
         }
     }
 
-    static constexpr int longestText = 80; // characters; a menu shows it, and what is behind a line break instead of it
+    // Characters, in one line: menus show it, and of a text with a line break only what is behind that.
+    static constexpr int longestText = 80;
 
     ValueReference m_value;
     Content m_before;

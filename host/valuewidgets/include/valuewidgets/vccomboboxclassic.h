@@ -13,11 +13,10 @@ class ValueSelection;
 /// A combo box that shows and edits a selection value.
 ///
 /// Shows the items in their order, with their texts translated in the value's translation namespace, and the current
-/// item. Of a text that is longer than any list has room for it shows the beginning; the value keeps the whole. The
-/// operator's choice is written by key, with this widget as the causing observer; choosing the current item
-/// again writes nothing. A choice can be undone, except the first one of a selection that had no current item.
-/// Following the value writes nothing. Disabled while it has no value and while the value is in state "not in use"; the
-/// status tip then says why.
+/// item; of a text that no list has room for only the beginning. The operator's choice is written by key, with this
+/// widget as the causing observer; choosing the current item again writes nothing. A choice can be undone, except the
+/// first one of a selection that had no current item. Following the value writes nothing. Disabled while it has no
+/// value and while the value is in state "not in use"; the status tip then says why.
 class VALUEWIDGETS_EXPORT VCComboBoxClassic : public QComboBox, public UndoRecordingControlBase
 {
     Q_OBJECT
