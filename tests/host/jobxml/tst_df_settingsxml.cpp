@@ -52,10 +52,14 @@ const QString fullXml = QStringLiteral("<DF_Settings>"
                                        "<ActivityTrigger>Schedule</ActivityTrigger>"
                                        "</DF_Settings>");
 
+bool sameBits(double a, double b)
+{
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
 /// True when both have the same fields set to the same contents, bit by bit.
 bool same(const DF_Settings& a, const DF_Settings& b)
 {
-    const auto sameBits = [](double x, double y) { return std::memcmp(&x, &y, sizeof x) == 0; };
     return a.IsBandwidthSet() == b.IsBandwidthSet() &&
            sameBits(a.GetBandwidth().GetValue(), b.GetBandwidth().GetValue()) &&
            a.IsAveragingSet() == b.IsAveragingSet() && sameBits(a.GetAveraging(), b.GetAveraging()) &&
@@ -96,6 +100,31 @@ double randomNumber(QRandomGenerator& random)
     default:
         return anyDouble(random);
     }
+}
+
+/// A number of up to 17 digits with up to 6 decimals, or a neighbour of one.
+double shortNumber(QRandomGenerator& random)
+{
+    const auto digits = static_cast<qint64>(random.generate64() % quint64(std::pow(10.0, random.bounded(1, 18))));
+    const double number = double(digits) / std::pow(10.0, random.bounded(7)) * (random.bounded(2) == 0 ? 1.0 : -1.0);
+    return random.bounded(4) == 0 ? std::nextafter(number, 0.0) : number;
+}
+
+/// Mostly a number: up to 20 characters, of which few are no digits.
+QString randomDigits(QRandomGenerator& random)
+{
+    QString text;
+    if (random.bounded(3) == 0)
+        text += random.bounded(4) == 0 ? '+' : '-';
+    const int length = random.bounded(1, 21);
+    const int point = random.bounded(-1, length);
+    for (int place = 0; place < length; ++place) {
+        const bool isOdd = random.bounded(100) == 0;
+        text += place == point ? QLatin1Char('.')
+                : isOdd        ? QLatin1Char('-')
+                               : QLatin1Char(char('0' + random.bounded(10)));
+    }
+    return text;
 }
 
 DF_Settings randomSettings(QRandomGenerator& random)
@@ -233,6 +262,32 @@ private slots:
         QCOMPARE(settings.GetXmlString(), xml);
         QVERIFY(settings.SetXmlString(xml));
         QVERIFY(settings.GetDetail().GetLevelThreshold() == number);
+    }
+
+    void anyNumberIsWrittenAsTheFewestDigitsThatReadBack()
+    {
+        QRandomGenerator random(seed());
+        for (int run = 0; run < 20000; ++run) {
+            const double number = shortNumber(random);
+            DF_Settings settings;
+            settings.SetAveraging(number);
+            // Without a sign: a negative zero is written as zero.
+            const QString text = QString::number(number == 0.0 ? 0.0 : number, 'f', QLocale::FloatingPointShortest);
+            QCOMPARE(settings.GetXmlString(), root("<Averaging>" + text + "</Averaging>"));
+        }
+    }
+
+    void anyDigitsAreReadAsTheNearestNumber()
+    {
+        QRandomGenerator random(seed());
+        for (int run = 0; run < 20000; ++run) {
+            const QString text = randomDigits(random);
+            bool isNumber = false;
+            const double number = text.toDouble(&isNumber);
+            DF_Settings settings;
+            QCOMPARE(settings.SetXmlString(root("<Averaging>" + text + "</Averaging>")), isNumber);
+            QVERIFY2(sameBits(settings.GetAveraging(), isNumber ? number : 0.0), qPrintable(text));
+        }
     }
 
     void theWholeRangeOfAnIntegerIsWrittenAndRead()
