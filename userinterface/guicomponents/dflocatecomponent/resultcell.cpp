@@ -2,6 +2,7 @@
 
 #include "resultformats.h"
 
+#include <QStringBuilder>
 #include <QTableWidget>
 
 #include <algorithm>
@@ -42,7 +43,7 @@ bool ResultCell::Replace(const QString& text, const QString& unit)
     m_coordinate.clear();
     if (isSum(m_text, text, unit))
         return false;
-    m_text = text + unit;
+    m_text = text % unit; // allocates once
     return true;
 }
 
