@@ -117,6 +117,17 @@ private slots:
         QCOMPARE(allOf(path()).size(), std::size_t(50));
     }
 
+    void noMoreIsKeptThanTheLimit()
+    {
+        workbench::HistoryLimits limits;
+        limits.maxResults = 2;
+        ResultHistory history(path(), nullptr, ResultQuery().limit, limits);
+        for (int i = 0; i < 5; ++i)
+            history.keep(crossing(i));
+        QVERIFY(history.close());
+        QCOMPARE(allOf(path()).size(), std::size_t(2));
+    }
+
     void aRefusedResultIsToldOnceWithItsReason()
     {
         ObservedHistory observed(path());
