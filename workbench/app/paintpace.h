@@ -16,7 +16,7 @@ class PaintPace final : public QObject
 {
     Q_OBJECT
 public:
-    /// ms from one paint of a window to the next; more than anybody can see.
+    /// ms from one paint of a window to the next: thirty a second look like a flow.
     static constexpr int frameTime = 33;
 
     explicit PaintPace(QObject* parent = nullptr, int frame = frameTime);

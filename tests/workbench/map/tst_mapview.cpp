@@ -817,6 +817,19 @@ private slots:
         QVERIFY(lower.pixelColor(40, lower.height() - 12) != ground);
     }
 
+    void theLabelsMoveWithTheirLines()
+    {
+        Bench bench(fourStations());
+        const auto picture = [&bench] { return bench.canvas().viewport()->grab().toImage(); };
+        const QImage before = picture();
+        QTest::keyClick(&bench.canvas(), Qt::Key_Left);
+        const QImage moved = picture();
+        QVERIFY(moved != before);
+        QEvent anew(QEvent::LanguageChange); // all is painted from scratch
+        QCoreApplication::sendEvent(&bench.canvas(), &anew);
+        QCOMPARE(picture(), moved);
+    }
+
     void theMapFollowsThePaletteOfTheDesktop()
     {
         Bench bench(fourStations());
