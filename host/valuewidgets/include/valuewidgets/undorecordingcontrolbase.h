@@ -22,7 +22,7 @@ public:
 protected:
     UndoRecordingControlBase();
 
-    /// Carries @p edit out and records it; without an undo stack, and inside an edit that is being undone or done again,
-    /// it is carried out only.
+    /// Carries @p edit out and records it; without an undo stack, and inside an edit that is being undone or done
+    /// again, it is carried out only.
     static void CarryOut(std::unique_ptr<QUndoCommand> edit);
 };
