@@ -19,6 +19,9 @@ private slots:
     void theHostAsksAgain_data();
     void theHostAsksAgain();
 
+public:
+    static bool raisesEach() { return qEnvironmentVariableIsSet("DFLOCATE_ALL_FAULTS"); }
+
 private:
     FaultWalk m_walk;
 };
@@ -28,7 +31,7 @@ void TestFailuresAtSetUp::theHostAsksAgain_data()
     QTest::addColumn<Mode>("mode");
     QTest::addColumn<Fault>("fault");
     for (const auto& [modeName, mode] : {std::pair("online", Mode::Online), std::pair("offline", Mode::Offline)}) {
-        if (qEnvironmentVariableIsSet("DFLOCATE_ALL_FAULTS")) {
+        if (raisesEach()) {
             FaultWalk::addRows(modeName, mode);
             continue;
         }
@@ -81,5 +84,6 @@ void TestFailuresAtSetUp::theHostAsksAgain()
     }
 }
 
-DFL_TEST_MAIN(TestFailuresAtSetUp)
+// Twice as many faults, and a run that nobody waits for.
+DFL_TEST_MAIN_WITHIN(TestFailuresAtSetUp, QApplication, TestFailuresAtSetUp::raisesEach() ? 3600 : 150)
 #include "tst_failuresatsetup.moc"

@@ -12,13 +12,14 @@ void prepareProcess(int secondsUntilWatchdog);
 } // namespace testsupport
 
 /// Main function of a test program for one test class. @p Application is QCoreApplication or QApplication.
-#define DFL_TEST_MAIN_WITH(TestClass, Application)                                                                     \
+#define DFL_TEST_MAIN_WITHIN(TestClass, Application, secondsUntilWatchdog)                                             \
     int main(int argc, char** argv)                                                                                    \
     {                                                                                                                  \
-        testsupport::prepareProcess(150);                                                                              \
+        testsupport::prepareProcess(secondsUntilWatchdog);                                                             \
         Application app(argc, argv);                                                                                   \
         TestClass test;                                                                                                \
         return QTest::qExec(&test, argc, argv);                                                                        \
     }
 
+#define DFL_TEST_MAIN_WITH(TestClass, Application) DFL_TEST_MAIN_WITHIN(TestClass, Application, 150)
 #define DFL_TEST_MAIN(TestClass) DFL_TEST_MAIN_WITH(TestClass, QApplication)
