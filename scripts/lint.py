@@ -24,6 +24,9 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 # five times as long; the complete run keeps that.
 QUICK_ANALYZER_NODES = 50000
 
+# Headers precompiled by gcc, which the tools cannot read; what they hold comes with the sources' own includes.
+PRECOMPILED = re.compile(r" -Winvalid-pch -include \S+/cmake_pch\.hxx")
+
 FINDING = re.compile(r"\S.*: (warning|error): ")
 SUMMARY = re.compile(r"\d+ (warning|error)|Suppressed \d+ warnings|Use -header-filter|Error while processing ")
 
@@ -42,6 +45,15 @@ class Unit:
     @property
     def name(self):
         return str(self.source.relative_to(ROOT))
+
+
+def without_precompiled(build):
+    """A folder with the compile commands of the build, without headers that are precompiled."""
+    folder = build / "lint"
+    folder.mkdir(exist_ok=True)
+    commands = (build / "compile_commands.json").read_text()
+    (folder / "compile_commands.json").write_text(PRECOMPILED.sub("", commands))
+    return folder
 
 
 def units(builds, with_tests):
@@ -76,6 +88,7 @@ def digest(path):
 
 class Linter:
     def __init__(self, builds, complete):
+        self.commands = {build: without_precompiled(build) for build in builds}
         self.made_of = {build: dependencies(build) for build in builds}
         self.stamps = builds[0] / "lint" / ("complete" if complete else "quick")
         self.stamps.mkdir(parents=True, exist_ok=True)
@@ -119,7 +132,7 @@ class Linter:
             return []
         found = []
         for tool in self.tools:
-            command = [*tool, "-p", str(unit.build), str(unit.source)]
+            command = [*tool, "-p", str(self.commands[unit.build]), str(unit.source)]
             run = subprocess.run(command, cwd=unit.directory, capture_output=True, text=True)
             told = split_findings(run.stdout + run.stderr)
             if run.returncode != 0 and not told:
