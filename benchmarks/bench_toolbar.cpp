@@ -99,6 +99,15 @@ void addCombo(QToolBar& toolbar, const char* name, int width, const QStringList&
     addWidget<QComboBox>(toolbar, name, width)->addItems(items);
 }
 
+/// As wide as its items, for which it makes its list at once.
+void addStationCombo(QToolBar& toolbar, const char* name, const QStringList& items)
+{
+    auto* const combo = addWidget<QComboBox>(toolbar, name, 0);
+    combo->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    combo->setMaximumWidth(120);
+    combo->addItems(items);
+}
+
 void bareToolbar(benchmark::State& state)
 {
     for (auto _ : state) {
@@ -119,7 +128,7 @@ void bareToolbar(benchmark::State& state)
         addCombo(*toolbar, "DF Averaging", 60, {"Off", "200m", "10s"});
         toolbar->addSeparator();
         addLabel(*toolbar, "leading", "", 0);
-        addCombo(*toolbar, "direction finder name", 0, {"North", "South"});
+        addStationCombo(*toolbar, "direction finder name", {"North", "South"});
         addLabel(*toolbar, "average bearing", "12.5°", 36);
         addLabel(*toolbar, "average quality", "80%", 36);
         addLabel(*toolbar, "LocationFindingTime", "---", 60);
