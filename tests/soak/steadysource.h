@@ -85,7 +85,7 @@ private:
 
     std::vector<workbench::StationInfo> m_stations;
     workbench::DfRequest m_request;
-    QTimer m_wait; // runs from being asked until the answer
+    QTimer m_wait{this}; // runs from being asked until the answer
     QElapsedTimer m_clock;
     qint64 m_due = 0; // ms, by the clock
     int m_answers = 0;
