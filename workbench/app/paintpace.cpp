@@ -41,6 +41,7 @@ PaintPace::Rest& PaintPace::restOf(QWidget& window)
     const auto [place, isNew] = m_rests.try_emplace(&window);
     Rest& rest = place->second;
     if (isNew) {
+        rest.timer.setParent(this);
         rest.timer.setSingleShot(true);
         rest.timer.setTimerType(Qt::PreciseTimer);
         connect(&rest.timer, &QTimer::timeout, &window, [&window, &rest] {

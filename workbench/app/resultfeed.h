@@ -40,7 +40,7 @@ signals:
 
 private:
     ResultBatch m_waiting;
-    QTimer m_frame; // runs for a frame after each batch
+    QTimer m_frame{this}; // runs for a frame after each batch
 };
 
 } // namespace workbench

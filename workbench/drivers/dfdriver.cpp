@@ -235,6 +235,7 @@ DfDriver::Private::Private(DfDriver* driver, std::unique_ptr<DfSource> source, c
                            const QString& parameterRoot)
     : m_driver(driver)
     , m_source(std::move(source))
+    , m_frame(driver)
     , m_devices(m_source->devices())
 {
     m_frameClock.start();
