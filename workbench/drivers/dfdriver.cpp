@@ -112,10 +112,13 @@ void setUpNumber(NumericValue* value, const ConfigEntry& entry)
 {
     if (value == nullptr)
         return;
+    const Observable::Life life = value->GetLife();
     value->SetMinMax(static_cast<Number>(entry.min), static_cast<Number>(entry.max), static_cast<Number>(entry.step),
                      nullptr);
-    value->SetValue(static_cast<Number>(entry.initial), nullptr);
-    value->SetState(entry.state, nullptr);
+    if (!life.IsOver())
+        value->SetValue(static_cast<Number>(entry.initial), nullptr);
+    if (!life.IsOver())
+        value->SetState(entry.state, nullptr);
 }
 
 } // namespace

@@ -80,45 +80,45 @@ QString resultTimeText(const DfResult& result)
 
 ResultValues::ResultValues(ProvidedValues& provided, const QString& root, const std::vector<StationInfo>& stations)
 {
-    const auto selection = [&](const char* name) {
-        auto* value = provided.provide<ValueSelection>(root + QLatin1String(name));
-        if (value != nullptr)
-            value->DeleteItems();
-        return value;
+    // Bound first: whoever is told of a first content may delete the value.
+    const auto bindSelection = [&](values::ValuePtr<ValueSelection>& pointer, const char* name) {
+        pointer.Assign(provided.provide<ValueSelection>(root + QLatin1String(name)));
+        if (pointer)
+            pointer->DeleteItems();
     };
-    const auto text = [&](const char* name) {
-        auto* value = provided.provide<StringValue>(root + QLatin1String(name));
-        if (value != nullptr)
-            value->SetValue(QString(), nullptr);
-        return value;
+    const auto bindText = [&](values::ValuePtr<StringValue>& pointer, const char* name) {
+        pointer.Assign(provided.provide<StringValue>(root + QLatin1String(name)));
+        if (pointer)
+            pointer->SetValue(QString(), nullptr);
     };
-    const auto averagePosition = [&](const char* name) {
-        auto* value = provided.provide<DoubleValue>(root + QLatin1String(name));
-        if (value != nullptr)
-            value->SetState(values::StateUnused, nullptr);
-        return value;
+    const auto bindAveragePosition = [&](values::ValuePtr<DoubleValue>& pointer, const char* name) {
+        pointer.Assign(provided.provide<DoubleValue>(root + QLatin1String(name)));
+        if (pointer)
+            pointer->SetState(values::StateUnused, nullptr);
     };
-    m_frequency.Assign(text("Frequency"));
+    bindText(m_frequency, "Frequency");
     m_qualityThreshold.Assign(provided.provide<IntValue>(root + QLatin1String("QualityThreshold")));
-    m_averageLongitude.Assign(averagePosition("AveragePositionLongitude"));
-    m_averageLatitude.Assign(averagePosition("AveragePositionLatitude"));
-    m_latitude.Assign(selection("DFLatitude"));
-    m_longitude.Assign(selection("DFLongitude"));
-    m_level.Assign(selection("Level"));
-    m_azimuth.Assign(selection("Azimuth"));
-    m_errors.Assign(selection("Errors"));
-    m_quality.Assign(selection("Quality"));
-    m_resultTime.Assign(text("ResultTime"));
+    bindAveragePosition(m_averageLongitude, "AveragePositionLongitude");
+    bindAveragePosition(m_averageLatitude, "AveragePositionLatitude");
+    bindSelection(m_latitude, "DFLatitude");
+    bindSelection(m_longitude, "DFLongitude");
+    bindSelection(m_level, "Level");
+    bindSelection(m_azimuth, "Azimuth");
+    bindSelection(m_errors, "Errors");
+    bindSelection(m_quality, "Quality");
+    bindText(m_resultTime, "ResultTime");
     // A missing quality counts as 0 and would pass a threshold of 0: before the first result there is nothing to show.
     if (m_qualityThreshold)
         m_qualityThreshold->SetValue(1, nullptr);
-    auto* selectedDf = selection("SelectedDF");
-    if (selectedDf != nullptr) {
-        for (const StationInfo& station : stations)
+    values::ValuePtr<ValueSelection> selectedDf; // its first content is no choice of anybody
+    bindSelection(selectedDf, "SelectedDF");
+    for (const StationInfo& station : stations) {
+        if (selectedDf)
             selectedDf->AddItem(station.name, 0.0, station.id);
-        selectedDf->SelectIndex(0);
     }
-    m_selectedDf.Assign(selectedDf);
+    if (selectedDf)
+        selectedDf->SelectIndex(0);
+    m_selectedDf.Assign(selectedDf.get());
 }
 
 bool ResultValues::write(const DfResult& result, int qualityThreshold, const std::optional<GeoPosition>& fix)

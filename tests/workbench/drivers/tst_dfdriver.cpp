@@ -118,6 +118,7 @@ private slots:
     void settingsTextsAreThereForTheComponent();
     void textsAreShownInTheHandlersTranslation();
     void theDriverDeletesWhatItCreatedAndNothingElse();
+    void aValueThatGoesWhileItIsProvidedIsLeft();
     void aReadyFlagOfOthersIsUsedAndLoweredAtTheEnd();
     void aValueOfAnotherKindIsLeftAlone();
     void valuesThatAreThereAreSetUpAnew();
@@ -403,6 +404,28 @@ void DfDriverTest::theDriverDeletesWhatItCreatedAndNothingElse()
     for (const values::ValueBase* value : values::Tree::Instance()->ValuesBelow(QString()))
         left += value->GetPathName();
     QCOMPARE(left, (QStringList{QStringLiteral("/GLOBAL/Other"), handlerRoot + QStringLiteral("Enabled")}));
+}
+
+void DfDriverTest::aValueThatGoesWhileItIsProvidedIsLeft()
+{
+    for (const char* const name : {"Values/Result/SelectedDF", "Values/Result/Azimuth", "Config/Quality"}) {
+        const testsupport::FreshTree tree;
+        const QString path = handlerRoot + QLatin1String(name);
+        values::ValueBase* value = nullptr;
+        if (path.endsWith(QLatin1String("Quality"))) {
+            value = tree.add<IntValue>(path);
+        } else {
+            auto* const selection = tree.add<ValueSelection>(path);
+            selection->AddItem(QStringLiteral("of before"), 1.0, 1);
+            value = selection;
+        }
+        testsupport::RecordingObserver deleting(
+            [&](Observable*, TChangeCode) { values::Tree::Instance()->DeleteValue(path); });
+        value->AddObserver(&deleting);
+        const DfDriver driver(std::make_unique<FakeSource>(), handlerRoot, parameterRoot);
+        QVERIFY(!deleting.codes.empty());
+        QVERIFY(values::Tree::Instance()->FindValue(path) == nullptr);
+    }
 }
 
 void DfDriverTest::aReadyFlagOfOthersIsUsedAndLoweredAtTheEnd()
