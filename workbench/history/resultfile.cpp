@@ -424,11 +424,15 @@ void ResultFile::open(const QString& path)
     on.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=1000"));
     if (!on.open())
         throw Failure(failureOf(on.lastError()));
-    prepareSchema();
-    checkContent();
     execute(on, "PRAGMA foreign_keys = ON");
     {
+        // In one transaction, for two programs may come at the same time. It is not committed when the file is refused:
+        // even if nothing has changed SQLite would mend the header of a file that is damaged.
         Transaction transaction(on, beginWriting);
+        const bool isNew = !isStore();
+        checkContent();
+        if (isNew)
+            createSchema();
         removeOldest();
         transaction.commit();
     }
@@ -439,28 +443,22 @@ void ResultFile::open(const QString& path)
     execute(on, "PRAGMA synchronous = NORMAL");
 }
 
-/// Recognises a store, or makes one of an empty file. In one transaction: two programs may come at the same time.
-void ResultFile::prepareSchema()
+/// False for a database without anything in it, as an empty file is one.
+bool ResultFile::isStore() const
 {
     const QSqlDatabase on = database(m_connection.name);
-    Transaction transaction(on, beginWriting);
     const int owner = single(on, "PRAGMA application_id").toInt();
     const int version = single(on, "PRAGMA user_version").toInt();
-    const bool isEmpty = single(on, "SELECT count(*) FROM sqlite_master").toInt() == 0;
-    if (owner == 0 && version == 0 && isEmpty) {
-        for (const char* statement : schema)
-            execute(on, statement);
-        execute(on, qPrintable(QStringLiteral("PRAGMA application_id = %1").arg(applicationId)));
-        execute(on, qPrintable(QStringLiteral("PRAGMA user_version = %1").arg(schemaVersion)));
-        transaction.commit();
-    } else if (owner != applicationId) {
+    if (owner == 0 && version == 0 && single(on, "SELECT count(*) FROM sqlite_master").toInt() == 0)
+        return false;
+    if (owner != applicationId)
         throw Failure{QStringLiteral("it is a database of another program")};
-    } else if (version != schemaVersion) {
+    if (version != schemaVersion) {
         throw Failure{QStringLiteral("its schema is version %1, this program knows version %2 only")
                           .arg(version)
                           .arg(schemaVersion)};
     }
-    // A store is not committed: even if nothing has changed SQLite would mend the header of a file that is damaged.
+    return true;
 }
 
 /// Before anything is written to it: what is damaged must not get worse.
@@ -469,6 +467,15 @@ void ResultFile::checkContent() const
     const QString finding = single(database(m_connection.name), "PRAGMA quick_check(1)").toString();
     if (finding != QLatin1String("ok"))
         throw Failure{QStringLiteral("it is damaged: ") + finding.simplified()};
+}
+
+void ResultFile::createSchema()
+{
+    const QSqlDatabase on = database(m_connection.name);
+    for (const char* statement : schema)
+        execute(on, statement);
+    execute(on, qPrintable(QStringLiteral("PRAGMA application_id = %1").arg(applicationId)));
+    execute(on, qPrintable(QStringLiteral("PRAGMA user_version = %1").arg(schemaVersion)));
 }
 
 /// One by one, because how much room a result takes is known only when it has gone.

@@ -75,8 +75,9 @@ private:
     };
 
     void open(const QString& path);
-    void prepareSchema();
+    [[nodiscard]] bool isStore() const;
     void checkContent() const;
+    void createSchema();
     void removeOldest();
     void insert(const DfResult& result);
 

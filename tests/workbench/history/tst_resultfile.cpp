@@ -586,6 +586,26 @@ private slots:
         QCOMPARE(contentOf(path()), content + QByteArray(4096, 'x'));
     }
 
+    void aDatabaseWithoutTablesBecomesAStore()
+    {
+        OtherConnection(path()).run(QStringLiteral("VACUUM"));
+        QVERIFY(!contentOf(path()).isEmpty());
+        ResultFile(path(), {}).append(resultAt(noon()));
+        QCOMPARE(allOf(path()).size(), std::size_t(1));
+    }
+
+    /// It looks like one without tables, which would become a store.
+    void aDatabaseThatHasLostItsTablesIsRefusedAndStaysAsItIs()
+    {
+        OtherConnection(path()).run(QStringLiteral("CREATE TABLE address (name TEXT)"));
+        QByteArray content = contentOf(path());
+        constexpr int lowByteOfTheNumberOfTables = 104;
+        QCOMPARE(content.at(lowByteOfTheNumberOfTables), '\1');
+        content[lowByteOfTheNumberOfTables] = '\0';
+        write(content);
+        checkRefused("it is damaged: *** in database main *** Fragmentation of 60 bytes reported as 0 on page 1");
+    }
+
     void aFileThatIsNoDatabaseIsRefusedAndStaysAsItIs()
     {
         for (int lines : {1, 100}) {
