@@ -166,12 +166,19 @@ void MainWindow::addFileMenu()
 void MainWindow::addEditMenu()
 {
     QMenu* const menu = menuBar()->addMenu(tr("&Edit"));
-    QAction* const undo = m_undoStack.createUndoAction(menu, tr("&Undo"));
-    undo->setShortcuts(QKeySequence::Undo);
-    menu->addAction(undo);
-    QAction* const redo = m_undoStack.createRedoAction(menu, tr("&Redo"));
-    redo->setShortcuts(QKeySequence::Redo);
-    menu->addAction(redo);
+    // The actions that the stack itself would make take an ampersand in the text of an edit for a mnemonic.
+    const auto add = [&](const QString& verb, QKeySequence::StandardKey keys, auto step, auto canChanged,
+                         auto textChanged) {
+        QAction* const action = menu->addAction(verb, &m_undoStack, step);
+        action->setShortcuts(keys);
+        action->setEnabled(false);
+        connect(&m_undoStack, canChanged, action, &QAction::setEnabled);
+        connect(&m_undoStack, textChanged, action, [action, verb](const QString& edit) {
+            action->setText(edit.isEmpty() ? verb : verb + QLatin1Char(' ') + Brix::MenuText(edit));
+        });
+    };
+    add(tr("&Undo"), QKeySequence::Undo, &QUndoStack::undo, &QUndoStack::canUndoChanged, &QUndoStack::undoTextChanged);
+    add(tr("&Redo"), QKeySequence::Redo, &QUndoStack::redo, &QUndoStack::canRedoChanged, &QUndoStack::redoTextChanged);
     menu->addSeparator();
     menu->addAction(tr("&Find value"), this, &MainWindow::findValue, QKeySequence::Find);
 }
@@ -307,8 +314,7 @@ void MainWindow::addDeviceMenu(DfDriver& driver)
     int index = 0;
     for (const DfDevice& device : driver.source().devices()) {
         constexpr int longest = 60; // characters
-        QString name = Brix::OneLine(device.name, longest);
-        name.replace(QLatin1Char('&'), QLatin1String("&&"));
+        const QString name = Brix::MenuText(Brix::OneLine(device.name, longest));
         QAction* const action = menu->addAction(QStringLiteral("&%1 %2").arg(index + 1).arg(name));
         action->setCheckable(true);
         action->setChecked(index == driver.currentDevice());

@@ -8,6 +8,8 @@
 #include "map/mapformats.h"
 #include "map/mapscene.h"
 
+#include "ztbase/brix/texts.h"
+
 #include <QBuffer>
 #include <QClipboard>
 #include <QComboBox>
@@ -276,9 +278,8 @@ void MapView::popUpMenu(const QPoint& place)
     if (const auto station = m_canvas->stationAt(place)) {
         pick(station);
         const MapStation& picked = *m_model->station(*station);
-        // Concatenated: a name may hold what looks like a place marker; and what looks like a mnemonic is none.
-        QString name = stationText(picked.name);
-        name.replace(QLatin1Char('&'), QStringLiteral("&&"));
+        // Concatenated: a name may hold what looks like a place marker.
+        const QString name = Brix::MenuText(stationText(picked.name));
         QAction* const toggleAction =
             menu->addAction((picked.excluded ? tr("&Include bearing of ") : tr("&Exclude bearing of ")) + name);
         connect(toggleAction, &QAction::triggered, this, [this, id = picked.id] { toggle(id); });

@@ -36,4 +36,9 @@ QString OneLine(const QString& text, int longest)
     return isWhole ? line : cut(line, longest - 1);
 }
 
+QString MenuText(const QString& text)
+{
+    return QString(text).replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
 } // namespace Brix

@@ -38,6 +38,11 @@ private slots:
         QCOMPARE(Brix::OneLine(QString(1000000, QLatin1Char('a')), 3), QStringLiteral("aa\u2026"));
         QCOMPARE(Brix::OneLine(QString(1000000, QLatin1Char(' ')) + QLatin1Char('a'), 10), QString(QChar(0x2026)));
     }
+
+    void anAmpersandInAMenuIsOne()
+    {
+        QCOMPARE(Brix::MenuText(QStringLiteral("Search & rescue &&")), QStringLiteral("Search && rescue &&&&"));
+    }
 };
 
 DFL_TEST_MAIN_WITH(TestTexts, QCoreApplication)

@@ -21,6 +21,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
 #include <QPainter>
 #include <QStatusBar>
 #include <QTemporaryDir>
@@ -106,6 +108,7 @@ private slots:
     void theMenuOfDevicesHasShortLines();
     void theHistoryTakesNoFileForMarkup();
     void theWindowKeepsABoundedNumberOfEdits();
+    void anAmpersandOfAnEditIsNoMnemonic();
 
 private:
     static void addHostileTexts();
@@ -386,6 +389,25 @@ void TestHostileTextsWorkbench::theWindowKeepsABoundedNumberOfEdits()
         stack->push(new QUndoCommand(QString::number(i)));
     QCOMPARE(stack->count(), 1000);
     QCOMPARE(stack->undoText(), QStringLiteral("1499"));
+}
+
+void TestHostileTextsWorkbench::anAmpersandOfAnEditIsNoMnemonic()
+{
+    const MainWindow window;
+    const auto* const edit = window.menuBar()->actions().at(1)->menu();
+    QAction* const undo = edit->actions().at(0);
+    QAction* const redo = edit->actions().at(1);
+    QCOMPARE(undo->text(), QStringLiteral("&Undo"));
+    QUndoStack* const stack = UndoRecordingControlBase::GetUndoStack();
+    stack->push(new QUndoCommand(QStringLiteral("Search & rescue")));
+    QCOMPARE(undo->text(), QStringLiteral("&Undo Search && rescue"));
+    undo->trigger();
+    QCOMPARE(undo->text(), QStringLiteral("&Undo"));
+    QVERIFY(!undo->isEnabled());
+    QCOMPARE(redo->text(), QStringLiteral("&Redo Search && rescue"));
+    redo->trigger();
+    QVERIFY(!redo->isEnabled());
+    QVERIFY(undo->isEnabled());
 }
 
 DFL_TEST_MAIN(TestHostileTextsWorkbench)

@@ -15,4 +15,7 @@ namespace Brix {
 /// without control characters, and with single blanks. A surrogate pair is not cut.
 [[nodiscard]] ZTBASE_EXPORT QString OneLine(const QString& text, int longest);
 
+/// @p text for a menu, where a single ampersand would underline what is behind it.
+[[nodiscard]] ZTBASE_EXPORT QString MenuText(const QString& text);
+
 } // namespace Brix
