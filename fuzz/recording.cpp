@@ -4,6 +4,7 @@
 #include "drivers/csv.h"
 #include "drivers/recordingwriter.h"
 #include "fuzz/fuzzing.h"
+#include "fuzz/placederrors.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -103,7 +104,7 @@ void requireTableRoundTrip(const QByteArray& text)
 void requireErrors(const QStringList& errors, const QString& file, const QByteArray& text)
 {
     static const QRegularExpression place(QStringLiteral("\\A:(\\d+): "));
-    for (const QString& error : errors) {
+    for (const QString& error : fuzzing::placed(errors)) {
         FUZZ_REQUIRE(error.startsWith(file));
         const QRegularExpressionMatch match = place.match(error.mid(file.size()));
         FUZZ_REQUIRE(match.hasMatch());

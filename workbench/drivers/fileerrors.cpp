@@ -6,6 +6,10 @@ namespace workbench {
 
 void FileErrors::add(int line, const QString& field, const QString& what)
 {
+    if (m_errors.size() == mostKept) {
+        ++m_more;
+        return;
+    }
     // Concatenated, because file names and field contents may hold what looks like a place marker.
     m_errors.push_back({line, m_file + QLatin1Char(':') + QString::number(line) + QLatin1String(": ") + field +
                                   QLatin1String(": ") + what});
@@ -23,6 +27,9 @@ QStringList FileErrors::texts() const
     QStringList texts;
     for (const Error& error : sorted)
         texts += error.text;
+    if (m_more > 0)
+        texts += m_file + QLatin1String(": ") + QString::number(m_more) +
+                 QLatin1String(m_more == 1 ? " more error" : " more errors");
     return texts;
 }
 

@@ -6,10 +6,12 @@
 
 namespace workbench {
 
-/// Collects what is wrong with a file.
+/// Collects what is wrong with a file. Of a file that has nothing right in it that is as much as anybody will read.
 class FileErrors
 {
 public:
+    static constexpr std::size_t mostKept = 1000;
+
     explicit FileErrors(QString file)
         : m_file(std::move(file))
     {
@@ -20,7 +22,8 @@ public:
     /// For @p found instead of what the field should hold.
     void addUnexpected(int line, const QString& field, const QString& expected, const QString& found);
     [[nodiscard]] bool isEmpty() const { return m_errors.empty(); }
-    /// "file:line: field: what", ordered by lines; the errors of one line in the order in which they were found.
+    /// "file:line: field: what", ordered by lines; the errors of one line in the order in which they were found. Last,
+    /// where there were more than mostKept, "file: N more errors".
     [[nodiscard]] QStringList texts() const;
 
 private:
@@ -32,6 +35,7 @@ private:
 
     QString m_file;
     std::vector<Error> m_errors;
+    int m_more = 0; // that are not kept
 };
 
 } // namespace workbench

@@ -40,6 +40,7 @@ private slots:
     void oneErrorIsToldWithFileLineAndField_data();
     void oneErrorIsToldWithFileLineAndField();
     void allBadLinesAreToldAndNothingIsLoaded();
+    void ofAFileFullOfErrorsTheRestIsCounted();
     void aMissingFileIsToldWithItsReason();
     void aFileThatIsTooLargeIsToldWithItsSizeAndTheLimit();
     void readingGoesOnBehindAFlaw();
@@ -280,6 +281,16 @@ void RecordingTest::allBadLinesAreToldAndNothingIsLoaded()
         QStringLiteral(":9: line: expected 9 fields, found 4"),
     };
     QCOMPARE(actual.join(QLatin1Char('\n')), expected.join(QLatin1Char('\n')));
+}
+
+void RecordingTest::ofAFileFullOfErrorsTheRestIsCounted()
+{
+    const auto errorsOfBadLines = [this](int count) { return errorsOf(header + QByteArray("x\n").repeated(count)); };
+    const QStringList all = errorsOfBadLines(1000);
+    QCOMPARE(all.size(), 1000);
+    QCOMPARE(all.last(), QStringLiteral("r.csv:1001: line: expected 9 fields, found 1"));
+    QCOMPARE(errorsOfBadLines(1001), all + QStringList{QStringLiteral("r.csv: 1 more error")});
+    QCOMPARE(errorsOfBadLines(2500), all + QStringList{QStringLiteral("r.csv: 1500 more errors")});
 }
 
 void RecordingTest::aMissingFileIsToldWithItsReason()
