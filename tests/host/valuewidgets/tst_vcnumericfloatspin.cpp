@@ -693,6 +693,20 @@ private slots:
         QCOMPARE(level->GetValue(), before + 5);
     }
 
+    /// As a form does that the Return key closes.
+    void theWidgetMayGoWithTheReturnKey()
+    {
+        connect(spin->findChild<QLineEdit*>(), &QLineEdit::returnPressed, this, [this] {
+            delete spin;
+            spin = nullptr;
+        });
+        type(*spin, "75");
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+        QCoreApplication::sendEvent(spin, &press);
+        QVERIFY(spin == nullptr);
+        QCOMPARE(level->GetValue(), 75);
+    }
+
     void whatAnObserverRaisesDoesNotGoThroughTheWidget()
     {
         QUndoStack undo;
