@@ -336,10 +336,10 @@ void DfDriver::Private::provideConfig(const QString& handlerRoot)
 void DfDriver::Private::provideGlobals()
 {
     m_frequency.Assign(m_provided.provide<DoubleValue>(globalRoot + QLatin1String("Frequency")));
-    if (m_frequency) {
+    if (m_frequency)
         m_frequency->SetMin(0.0, nullptr);
+    if (m_frequency)
         m_frequency->SetValue(m_source->initialFrequency().value_or(0.0), nullptr);
-    }
     m_deviceBandwidth.Assign(m_provided.provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfBandwidth")));
     m_deviceAveraging.Assign(m_provided.provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfAveraging")));
     m_deviceMode.Assign(m_provided.provide<ValueSelection>(globalRoot + QLatin1String("DeviceDfMode")));
