@@ -3,8 +3,9 @@
 #
 #   ./test.sh              what every change has to pass: the suite as developers build it and under sanitizers,
 #                          static analysis, and a few seconds of each fuzzer
-#   ./test.sh --long       that, and what takes hours: coverage, every failure of the host at every call, ten
-#                          further seeds of chaos, ten minutes of each fuzzer, and an hour of measuring
+#   ./test.sh --long       that, and what takes hours: coverage, every failure of the host at every call, every
+#                          interruption at every notification, ten further seeds of chaos, ten minutes of each
+#                          fuzzer, and an hour of measuring
 #   ./test.sh <preset>...  only the suite of these presets (dev, release, asan)
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -28,6 +29,8 @@ everyday() {
 long() {
   scripts/coverage.sh
   DFLOCATE_ALL_FAULTS=1 QT_QPA_PLATFORM=offscreen build/dev/tests/tst_failuresatsetup
+  DFLOCATE_ALL_FAULTS=1 LSAN_OPTIONS=suppressions=tests/lsan.supp:print_suppressions=0 QT_QPA_PLATFORM=offscreen \
+    build/asan/tests/tst_interruptions
   local n
   for n in {1..10}; do
     LSAN_OPTIONS=suppressions=tests/lsan.supp:print_suppressions=0 QT_QPA_PLATFORM=offscreen \
