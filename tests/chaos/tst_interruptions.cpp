@@ -52,15 +52,17 @@ public:
     /// Repairs what is missing, ends everything, and tells what has been wrong; empty: nothing.
     [[nodiscard]] QStringList end();
 
+    void answer();
+    void chooseDevice(int index);
+    void handParameterSetIn();
+
 private:
     void makeAll() { m_world.complete(m_dice); }
     void pressStart();
-    void answer();
     void openDetails() { press("DetailedResults"); }
     void changeStations();
     void changeSettings();
-    void chooseDevice();
-    void handParameterSetIn();
+    void chooseOtherDevice() { chooseDevice(1); }
     void reportDriverSettings();
     void exchangeForm();
     void requestParameters();
@@ -95,7 +97,7 @@ const Day::Step Day::steps[] = {
     {"answer again", &Day::answer},
     {"change the stations", &Day::changeStations},
     {"change settings", &Day::changeSettings},
-    {"choose another device", &Day::chooseDevice},
+    {"choose another device", &Day::chooseOtherDevice},
     {"hand in a parameter set", &Day::handParameterSetIn},
     {"report the driver's settings", &Day::reportDriverSettings},
     {"exchange the form", &Day::exchangeForm, true},
@@ -212,14 +214,16 @@ void Day::changeSettings()
         quality->SetValue(37, nullptr);
 }
 
-void Day::chooseDevice()
+void Day::chooseDevice(int index)
 {
     if (m_world.driver)
-        m_world.driver->selectDevice(1);
+        m_world.driver->selectDevice(index);
 }
 
 void Day::handParameterSetIn()
 {
+    if (!m_world.common)
+        return;
     m_world.common->SetParameterSet(
         chaos::componentPath(), QStringLiteral("DF_Settings"),
         QStringLiteral("<DF_Settings><Bandwidth>1000</Bandwidth><Averaging>1500</Averaging><DFMode>Norm</DFMode>"
@@ -347,6 +351,9 @@ const Interruption interruptions[] = {
     {"the value is written", [](Day&, ValueBase& changed) { write(changed); }},
     {"the value is put out of use", [](Day&, ValueBase& changed) { changed.SetState(values::StateUnused, nullptr); }},
     {"all values go", [](Day&, ValueBase&) { Tree::Instance()->Clear(); }},
+    {"the network answers", [](Day& day, ValueBase&) { day.answer(); }},
+    {"another device is chosen", [](Day& day, ValueBase&) { day.chooseDevice(0); }},
+    {"a parameter set is handed in", [](Day& day, ValueBase&) { day.handParameterSetIn(); }},
     {"the driver ends", [](Day& day, ValueBase&) { day.world().driver.reset(); }},
     {"the toolbar goes",
      [](Day& day, ValueBase&) {
