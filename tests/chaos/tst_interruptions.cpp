@@ -25,7 +25,7 @@ using values::ValueSelection;
 
 namespace {
 
-/// The day of a component: a driver of two stations, a window, and an operator who goes through everything once.
+/// The day of a component, with driver and window: an operator goes through everything once.
 class Day
 {
 public:
@@ -367,8 +367,8 @@ const Interruption interruptions[] = {
      }},
 };
 
-/// With DFLOCATE_ALL_FAULTS=1 in the environment each change of the day is interrupted, which takes a quarter of an
-/// hour; else a part of them.
+/// With DFLOCATE_ALL_FAULTS=1 in the environment each change of the day is interrupted, which takes half an hour (under
+/// sanitizers twice as long); else a part of them.
 bool interruptsEach()
 {
     return qEnvironmentVariableIsSet("DFLOCATE_ALL_FAULTS");
