@@ -727,6 +727,23 @@ private slots:
         QCOMPARE(traces.records[0].text, "Exception in an observer of an edited value: Threshold: 35");
     }
 
+    void theNumberIsWrittenWhateverIsRaisedWhenTheValueIsBroughtIntoUse()
+    {
+        show(true);
+        level->SetState(values::StateUnused, nullptr);
+        RecordingObserver observer([](Observable*, TChangeCode code) {
+            if (code == ChangeState)
+                throw std::runtime_error("observer");
+        });
+        const Observation observation(*level, observer);
+        const testsupport::Traces traces;
+        spin->stepBy(1);
+        QCOMPARE(level->GetState(), values::StateOrdinary);
+        QCOMPARE(level->GetValue(), 35);
+        QCOMPARE(traces.records.size(), std::size_t(1));
+        QCOMPARE(traces.records[0].text, "Exception in an observer of an edited value: Threshold: 35");
+    }
+
     // Availability
 
     void itIsDisabledWhileTheValueIsNotInUse()
