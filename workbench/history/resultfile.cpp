@@ -424,14 +424,15 @@ void ResultFile::open(const QString& path)
     on.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=1000"));
     if (!on.open())
         throw Failure(failureOf(on.lastError()));
+    // Before any transaction that writes: others go on writing meanwhile, and even one that changes nothing would mend
+    // the header of a file that is damaged.
+    if (!isEmpty())
+        requireStore();
+    checkContent();
     execute(on, "PRAGMA foreign_keys = ON");
     {
-        // In one transaction, for two programs may come at the same time. It is not committed when the file is refused:
-        // even if nothing has changed SQLite would mend the header of a file that is damaged.
         Transaction transaction(on, beginWriting);
-        const bool isNew = !isStore();
-        checkContent();
-        if (isNew)
+        if (isEmpty()) // still: two programs may come at the same time
             createSchema();
         removeOldest();
         transaction.commit();
@@ -443,22 +444,25 @@ void ResultFile::open(const QString& path)
     execute(on, "PRAGMA synchronous = NORMAL");
 }
 
-/// False for a database without anything in it, as an empty file is one.
-bool ResultFile::isStore() const
+/// A database without anything in it, as an empty file is one.
+bool ResultFile::isEmpty() const
 {
     const QSqlDatabase on = database(m_connection.name);
-    const int owner = single(on, "PRAGMA application_id").toInt();
-    const int version = single(on, "PRAGMA user_version").toInt();
-    if (owner == 0 && version == 0 && single(on, "SELECT count(*) FROM sqlite_master").toInt() == 0)
-        return false;
-    if (owner != applicationId)
+    return single(on, "PRAGMA application_id").toInt() == 0 && single(on, "PRAGMA user_version").toInt() == 0 &&
+           single(on, "SELECT count(*) FROM sqlite_master").toInt() == 0;
+}
+
+void ResultFile::requireStore() const
+{
+    const QSqlDatabase on = database(m_connection.name);
+    if (single(on, "PRAGMA application_id").toInt() != applicationId)
         throw Failure{QStringLiteral("it is a database of another program")};
+    const int version = single(on, "PRAGMA user_version").toInt();
     if (version != schemaVersion) {
         throw Failure{QStringLiteral("its schema is version %1, this program knows version %2 only")
                           .arg(version)
                           .arg(schemaVersion)};
     }
-    return true;
 }
 
 /// Before anything is written to it: what is damaged must not get worse.

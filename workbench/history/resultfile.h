@@ -75,7 +75,8 @@ private:
     };
 
     void open(const QString& path);
-    [[nodiscard]] bool isStore() const;
+    [[nodiscard]] bool isEmpty() const;
+    void requireStore() const;
     void checkContent() const;
     void createSchema();
     void removeOldest();
