@@ -6,10 +6,11 @@
 
 namespace workbench {
 
-/// Collects what is wrong with a file. Of a file that has nothing right in it that is as much as anybody will read.
+/// Collects what is wrong with a file.
 class FileErrors
 {
 public:
+    /// How many errors are told in full: as many as anybody reads. A large file with nothing right in it has millions.
     static constexpr std::size_t mostKept = 1000;
 
     explicit FileErrors(QString file)

@@ -408,12 +408,15 @@ void DfDriverTest::theDriverDeletesWhatItCreatedAndNothingElse()
 
 void DfDriverTest::aValueThatGoesWhileItIsProvidedIsLeft()
 {
-    for (const char* const name : {"Values/Result/SelectedDF", "Values/Result/Azimuth", "Config/Quality"}) {
+    for (const QString& path :
+         {handlerRoot + QLatin1String("Values/Result/SelectedDF"), handlerRoot + QLatin1String("Values/Result/Azimuth"),
+          handlerRoot + QLatin1String("Config/Quality"), QStringLiteral("/GLOBAL/Frequency")}) {
         const testsupport::FreshTree tree;
-        const QString path = handlerRoot + QLatin1String(name);
         values::ValueBase* value = nullptr;
         if (path.endsWith(QLatin1String("Quality"))) {
             value = tree.add<IntValue>(path);
+        } else if (path.endsWith(QLatin1String("Frequency"))) {
+            value = tree.add<DoubleValue>(path);
         } else {
             auto* const selection = tree.add<ValueSelection>(path);
             selection->AddItem(QStringLiteral("of before"), 1.0, 1);

@@ -623,6 +623,15 @@ private slots:
         checkRefused("it is a database of another program");
     }
 
+    void aFileIsCheckedWithoutWaitingForAnotherProgramThatWrites()
+    {
+        const OtherConnection other(path());
+        other.run(QStringLiteral("CREATE TABLE address (name TEXT)"));
+        other.run(QStringLiteral("BEGIN IMMEDIATE"));
+        checkRefused("it is a database of another program");
+        other.run(QStringLiteral("ROLLBACK"));
+    }
+
     void aSchemaThatIsNotKnownIsRefusedAndStaysAsItIs_data()
     {
         QTest::addColumn<int>("version");
